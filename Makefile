@@ -1,0 +1,34 @@
+# make test   set up, build with sanitizers, run the unit tests, the export check
+#             and every fuzz target briefly (CTest's summary comes last)
+# make bench  optimised build, then every benchmark
+# make demo   the sample console behind a real web server
+
+SHELL := /bin/sh
+JOBS ?= $(shell nproc)
+TEST_DIR := build
+BENCH_DIR := build-release
+FUZZ_SECONDS ?= 8
+
+.PHONY: all deps build test bench demo clean
+
+all: build
+
+deps:
+	@./tools/install-deps.sh
+
+build: deps
+	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+	  -DKX_SANITIZE=ON -DKX_FUZZ=ON -DKX_FUZZ_SECONDS=$(FUZZ_SECONDS)
+	cmake --build $(TEST_DIR) -j $(JOBS)
+
+test: build
+	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+
+bench: deps
+	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DKX_BENCH=ON -DKX_TESTS=OFF
+	cmake --build $(BENCH_DIR) -j $(JOBS)
+	./tools/run-benchmarks.sh $(BENCH_DIR)/bench
+
+clean:
+	rm -rf $(TEST_DIR) $(BENCH_DIR)

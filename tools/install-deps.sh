@@ -1,0 +1,17 @@
+#!/bin/sh
+# Installs the Debian packages the build, tests, benchmarks and demo need.
+# Idempotent: apt-get runs only when something is missing.
+set -eu
+packages="cmake ninja-build g++ clang libclang-rt-14-dev libgtest-dev
+libbenchmark-dev locales binutils"
+missing=""
+for p in $packages; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" ||
+    missing="$missing $p"
+done
+[ -z "$missing" ] && exit 0
+echo "installing:$missing"
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo=sudo
+$sudo apt-get update -qq
+DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends $missing
