@@ -14,11 +14,95 @@ KX_EXTERN_C_BEGIN
 
 /* --- template processor ------------------------------------------------- */
 
+/* Copies a page template to the page stream, replacing placeholders and
+ * evaluating the IF, /ELSE, /IF and DEFINE directives.
+ *
+ * File mode (result NULL): nameOrText is the template's path; the page goes
+ * to _Utilsfpout (standard output while it is NULL). A template that cannot
+ * be opened gives the text "<path> konnte nicht geoeffnet werden\n".
+ * String mode (result given): nameOrText is the text to evaluate. On entry
+ * *result holds the fixed cycle index as an integer ((char *)(intptr_t)n; a
+ * negative one for none); on return it holds the heap text built, which the
+ * caller frees, or NULL when nothing was produced.
+ * startIndex/endIndex: indices of the entries holding the start and end
+ * markers, -1 when not defined (the text then holds no placeholders).
+ * pCount/pList: the caller's count and list variables; entries are added
+ * through them (the list may move). Re-entrant: all state is kept per call. */
+KX_API void ErsetzeUndGebeHtmlDateiAus(const char *nameOrText, char **result, int startIndex,
+                                       int endIndex, int *pCount, EingabeElement **pList);
+
+/* Removes a "$Copyright$" comment at the start of a template: line holds the
+ * first line (size bytes of buffer); the lines of the comment are read past
+ * and line then holds the first line after it. Returns the number of lines
+ * read past (0: no such comment), -1 at end of file, -2 for a NULL stream or
+ * line or a size below 1. */
+KX_API int DeleteComment(FILE *stream, char *line, int size);
+
 /* --- conditions and comparisons ----------------------------------------- */
 
 /* --- value assignment --------------------------------------------------- */
 
 /* --- placeholder values ------------------------------------------------- */
+
+/* Size of the message buffer that ReplaceValue, DetermineReplaceValue and
+ * CreateValueFromControl write into; a longer message is cut to fit. */
+#define KX_MESSAGE_SIZE 256
+
+/* Which entry a placeholder prints. The caller zeroes it before each call and
+ * frees Liste afterwards; Aktuell points into Liste (or is NULL). */
+typedef struct ErsetzungsName {
+    char *Liste;   /* heap text: candidate names, or the bare name */
+    char *Aktuell; /* the name to look up */
+} ErsetzungsName;
+
+/* 1 while CreateValueFromControl runs (simple placeholders then yield their
+ * bare name); 0 otherwise. */
+KX_API extern int _InCreateValueFromControl;
+
+/* While a control applies its conversions: the index of the entry the
+ * control belongs to; -1 otherwise. */
+KX_API extern int _ThisValueIndex;
+
+/* Evaluates the placeholders of text in string mode against the current list
+ * (_pEingabe/_pEingabeAnzahl), with the markers of iErsetzungsAnfang and
+ * iErsetzungsEnde. encodeChars (or NULL): characters percent-encoded in the
+ * result ("|" becomes "%7C"). Returns text itself when it holds no marker or
+ * nothing was produced, otherwise a new heap text that the caller frees:
+ * compare the pointers before freeing. */
+KX_API char *MatchIt(const char *text, const char *marker, int cycleIndex,
+                     const char *encodeChars);
+
+/* Decides which entry a placeholder prints. start: its start marker (the
+ * text is changed during the call and restored); end: its matching end
+ * marker or NULL. Fills name (zeroed by the caller; the caller frees
+ * name->Liste), writes a faulty placeholder's HTML comment into message
+ * (KX_MESSAGE_SIZE bytes; "" otherwise), and the selection form's value index
+ * (or -1) into *valueIndex. A selection form {Prefix[{Key[a|b]}]} adds the
+ * entry Prefix_<candidate> holding the selected values. Returns the number of
+ * values selected; 1 for a simple placeholder while _InCreateValueFromControl
+ * is set; 0 otherwise. */
+KX_API int ReplaceValue(char *start, char *end, int *pCount, EingabeElement **pList,
+                        const char *divider, ErsetzungsName *name, char *message,
+                        int *valueIndex, int cycleIndex);
+
+/* Parses a selection form (see ReplaceValue). *indexList receives a heap
+ * array of the selected value positions (the caller frees it) or NULL;
+ * *bracket (when given) the first "[" of the placeholder or NULL. Returns
+ * the number of positions; 1 for a simple placeholder in control mode. */
+KX_API int DetermineReplaceValue(char *start, char *end, int *pCount, EingabeElement **pList,
+                                 const char *divider, ErsetzungsName *name, char *message,
+                                 int **indexList, char **bracket, int *valueIndex,
+                                 int cycleIndex);
+
+/* Evaluates an inline control {=[_type.]condition?then:else} at text (its
+ * start marker; skip characters lead to the one after "="). elementIndex: the
+ * entry the control follows (out of range for none), valueIndex its value
+ * index or -1. *result receives a new heap text (the caller frees it) or NULL.
+ * Returns the number of characters the control occupies, through its end
+ * marker; 0 when text is no control. The text is restored before return. */
+KX_API int CreateValueFromControl(char *text, int elementIndex, int cycleIndex, int *pCount,
+                                  EingabeElement **pList, char **result, int valueIndex,
+                                  int skip, const char *endMarker, char *message);
 
 /* --- cycle blocks ------------------------------------------------------- */
 

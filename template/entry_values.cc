@@ -1,0 +1,56 @@
+#include "template/entry_values.h"
+
+#include <cstring>
+
+namespace kx::tmpl {
+
+size_t ValuesSpan(const EingabeElement &entry) {
+    if (entry.Wert == nullptr) return 0;
+    if (entry.WertGesetzt < 1) return std::strlen(entry.Wert) + 1;
+    size_t span = 0;
+    for (int i = 0; i < entry.WertGesetzt; ++i) span += std::strlen(entry.Wert + span) + 1;
+    return span;
+}
+
+const char *CurrentText(const EingabeElement &entry) {
+    if (entry.Wert == nullptr) return entry.Vorgabe;
+    if (entry.WertPosition == 0) return entry.Wert;
+    if (entry.WertPosition < 0 || static_cast<size_t>(entry.WertPosition) >= ValuesSpan(entry))
+        return "";
+    return entry.Wert + entry.WertPosition;
+}
+
+int ValueOffset(const EingabeElement &entry, int index) {
+    if (entry.Wert == nullptr || index < 0 || index >= entry.WertGesetzt) return -1;
+    size_t offset = 0;
+    for (int i = 0; i < index; ++i) offset += std::strlen(entry.Wert + offset) + 1;
+    return static_cast<int>(offset);
+}
+
+const char *ValueAt(const EingabeElement &entry, int index) {
+    const int offset = ValueOffset(entry, index);
+    return offset < 0 ? nullptr : entry.Wert + offset;
+}
+
+int FindEntry(const EingabeElement *list, int count, std::string_view name) {
+    for (int i = 0; i < count; ++i) {
+        const EingabeElement &entry = list[i];
+        if (entry.NameLaenge == name.size() && entry.Name != nullptr &&
+            std::memcmp(entry.Name, name.data(), name.size()) == 0)
+            return i;
+    }
+    return count;
+}
+
+EingabeElement *EntryAt(int *pCount, EingabeElement **pList, int index) {
+    if (pCount == nullptr || pList == nullptr || *pList == nullptr) return nullptr;
+    if (index < 0 || index >= *pCount) return nullptr;
+    return &(*pList)[index];
+}
+
+const char *CurrentTextAt(int *pCount, EingabeElement **pList, int index) {
+    const EingabeElement *entry = EntryAt(pCount, pList, index);
+    return entry != nullptr ? CurrentText(*entry) : nullptr;
+}
+
+}  // namespace kx::tmpl

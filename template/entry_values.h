@@ -1,0 +1,38 @@
+// Reading the values of input-list entries without ever stepping outside
+// them: a WertPosition that was stepped past the last value reads as "".
+#ifndef KX_TEMPLATE_ENTRY_VALUES_H
+#define KX_TEMPLATE_ENTRY_VALUES_H
+
+#include <cstddef>
+#include <string_view>
+
+#include "kx_input.h"
+
+namespace kx::tmpl {
+
+// Bytes the entry's values occupy in Wert, terminating NULs included.
+size_t ValuesSpan(const EingabeElement &entry);
+
+// The current text: Wert + WertPosition when Wert is set (or "" when the
+// position lies outside the values), else Vorgabe (which may be NULL).
+const char *CurrentText(const EingabeElement &entry);
+
+// Value number index (from 0) of Wert; NULL when Wert is NULL or the entry
+// holds no such value.
+const char *ValueAt(const EingabeElement &entry, int index);
+
+// Offset in Wert of value number index; -1 when there is none.
+int ValueOffset(const EingabeElement &entry, int index);
+
+// Index of the first entry whose name is exactly name; count when none.
+int FindEntry(const EingabeElement *list, int count, std::string_view name);
+
+// The entry at index when it is one of the list's, else NULL.
+EingabeElement *EntryAt(int *pCount, EingabeElement **pList, int index);
+
+// The current text of entry index, or NULL when it is not in the list.
+const char *CurrentTextAt(int *pCount, EingabeElement **pList, int index);
+
+}  // namespace kx::tmpl
+
+#endif

@@ -1,0 +1,276 @@
+// CreateValueFromControl: an inline control {=[_type.]condition?then:else}
+// chooses a branch text, which is converted and evaluated.
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "companion/libKXUtils.h"
+#include "kx_template.h"
+#include "template/entry_values.h"
+#include "template/nesting.h"
+#include "template/seams.h"
+
+extern "C" {
+int _InCreateValueFromControl = 0;
+int _ThisValueIndex = -1;
+}
+
+namespace kx::tmpl {
+namespace {
+
+struct Control {
+    int elementIndex;
+    int cycleIndex;
+    int *pCount;
+    EingabeElement **pList;
+    int valueIndex;
+    int skip;
+    const char *endMarker;
+    char *message;
+};
+
+// The control flag is 1 while a control is evaluated and 0 after any return.
+class ControlMode {
+public:
+    ControlMode() { _InCreateValueFromControl = 1; }
+    ~ControlMode() { _InCreateValueFromControl = 0; }
+    ControlMode(const ControlMode &) = delete;
+    ControlMode &operator=(const ControlMode &) = delete;
+};
+
+char *HeapCopy(const std::string &text) {
+    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
+    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
+    return copy;
+}
+
+// MatchIt's result as a heap text of our own.
+char *EvaluatedCopy(const char *text, int cycleIndex) {
+    char *value = MatchIt(text, "{", cycleIndex, nullptr);
+    return value == text ? HeapCopy(text) : value;
+}
+
+// "_type." right after "=": a word between "_" and the first ".".
+std::string TypeOf(const char *at, const char *end, const char **body) {
+    *body = at;
+    if (*at != '_') return "_string";
+    const char *c = at + 1;
+    while (c < end && (std::isalnum(static_cast<unsigned char>(*c)) || *c == '_')) ++c;
+    if (c >= end || *c != '.') return "_string";
+    *body = c + 1;
+    return std::string(at, c);
+}
+
+const char *ThisValue(const Control &ctl) {
+    const EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex);
+    if (entry == nullptr) return "";
+    const char *value = ctl.valueIndex >= 0 ? ValueAt(*entry, ctl.valueIndex) : nullptr;
+    if (value == nullptr) value = CurrentText(*entry);
+    return value != nullptr ? value : "";
+}
+
+// "?then:else" alone: the this entry's number decides, then is the default.
+std::string EmptyCondition(const Control &ctl, std::string body, int *consumed) {
+    if (!body.empty() && body.back() == '}') {
+        body.pop_back();
+        --*consumed;
+    }
+    const size_t colon = body.find(':');
+    const std::string thenText = body.substr(1, colon == std::string::npos ? colon : colon - 1);
+    const std::string elseText = colon == std::string::npos ? "" : body.substr(colon + 1);
+    const EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex);
+    if (entry == nullptr) return thenText;
+    const char *text = CurrentText(*entry);
+    return std::atoi(text != nullptr ? text : "") != 0 ? thenText : elseText;
+}
+
+// The left operand "{X}": its entry (count when none) and value index.
+// False when it names nothing at all.
+bool LeftEntry(const Control &ctl, const std::string &left, int *index, int *valueIndex) {
+    std::string copy = left;
+    char *end = std::strrchr(copy.data(), '}');
+    ErsetzungsName name = {};
+    ReplaceValue(copy.data(), end, ctl.pCount, ctl.pList, "~", &name, ctl.message, valueIndex,
+                 ctl.cycleIndex);
+    const bool named = name.Aktuell != nullptr;
+    if (named) *index = EingabewertIndex(name.Aktuell, *ctl.pList, *ctl.pCount);
+    std::free(name.Liste);
+    return named;
+}
+
+// "_file": "1" when the evaluated path exists, else "0".
+std::string FileTest(const std::string &left) {
+    std::string path = left;
+    for (char &c : path)
+        if (c == '/' || c == '\\') c = Verzeichnistrenner[0];
+    char *evaluated = EvaluatedCopy(path.c_str(), -2);
+    const bool exists = evaluated != nullptr && KXUtilsFileExists(evaluated) == 0;
+    std::free(evaluated);
+    return exists ? "1" : "0";
+}
+
+// Puts a list entry on the cycle's value for the comparison, and back after.
+class CyclePosition {
+public:
+    CyclePosition(EingabeElement *entry, int cycleIndex) {
+        if (entry == nullptr || cycleIndex < 0 || entry->Art == 'n' || entry->WertGesetzt < 2 ||
+            entry->WertPosition != 0)
+            return;
+        entry_ = entry;
+        const int offset = ValueOffset(*entry, cycleIndex);
+        entry->WertPosition = offset >= 0 ? offset : static_cast<int>(ValuesSpan(*entry));
+    }
+    ~CyclePosition() {
+        if (entry_ != nullptr) entry_->WertPosition = 0;
+    }
+    CyclePosition(const CyclePosition &) = delete;
+    CyclePosition &operator=(const CyclePosition &) = delete;
+
+private:
+    EingabeElement *entry_ = nullptr;
+};
+
+char *Evaluate(const Control &ctl, const std::string &branch);
+
+// The chosen branch: a nested control, or a name behind a conversion chain.
+char *BranchValue(const Control &ctl, std::string branch) {
+    if (branch.starts_with("{=")) return Evaluate(ctl, branch);
+    const ConversionChain chain = FindConversion(branch.data());
+    const char *thisAt = std::strstr(chain.name, "_this");
+    char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
+    const int saved = _ThisValueIndex;
+    _ThisValueIndex = ctl.elementIndex;
+    char *converted = ApplyConversion(branch.data(), value, ctl.cycleIndex);
+    _ThisValueIndex = saved;
+    std::string out;
+    if (thisAt != nullptr && thisAt[5] != '\0') {
+        const std::string joined = std::string(chain.name, thisAt) + (converted ? converted : "") + (thisAt + 5);
+        char *link = KXUtilsStringReplace(joined.c_str(), "javascript%3A", "javascript:");
+        std::free(converted);
+        converted = EvaluatedCopy(link != nullptr ? link : joined.c_str(), ctl.cycleIndex);
+        KXUtilsFreeResources(link);
+        return converted;
+    }
+    if (chain.start != nullptr && chain.start > branch.data()) out.assign(branch.data(), chain.start);
+    out += converted != nullptr ? converted : "";
+    std::free(converted);
+    return HeapCopy(out);
+}
+
+struct Condition {
+    std::string type;
+    std::string left;
+    std::string op;
+    std::string right;
+};
+
+// Decides the condition; false when the left operand names no entry.
+bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
+    int leftIndex = -1;
+    int leftValueIndex = -1;
+    std::string fileText;
+    if (cond.type == "_file") {
+        fileText = FileTest(cond.left);
+    } else if (cond.left.starts_with("{")) {
+        if (!LeftEntry(ctl, cond.left, &leftIndex, &leftValueIndex)) return *usable = false;
+    } else {
+        if (EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex) == nullptr) return *usable = false;
+        leftIndex = ctl.elementIndex;
+        leftValueIndex = ctl.valueIndex;
+    }
+    EingabeElement *left = EntryAt(ctl.pCount, ctl.pList, leftIndex);
+    if (left == nullptr && cond.type != "_file") return false;
+    const CyclePosition position(cond.left.starts_with("{") ? left : nullptr, ctl.cycleIndex);
+    return CompareStep({cond.type.c_str(), cond.op.c_str(), static_cast<int>(cond.op.size()),
+                        cond.type == "_file" ? fileText.c_str() : nullptr, cond.right.c_str(),
+                        ctl.cycleIndex, leftIndex, leftValueIndex, ctl.elementIndex, ctl.pList,
+                        ctl.pCount});
+}
+
+// Splits the body at "?" and the ":" that pairs with it.
+void Branches(const std::string &body, size_t question, std::string *thenText,
+              std::string *elseText) {
+    const char *q = body.c_str() + question;
+    const char *colon = PairIt(q, "?", ":");
+    if (colon == q) {
+        *thenText = body.substr(question + 1);
+        elseText->clear();
+        return;
+    }
+    *thenText = std::string(q + 1, colon);
+    *elseText = std::string(colon + 1);
+}
+
+// The control's text from its type on; *consumed is adjusted. NULL result
+// with *consumed kept: the control yields nothing.
+char *EvaluateBody(const Control &ctl, const std::string &type, const std::string &body,
+                   int *consumed) {
+    const size_t question = body.find('?');
+    if (question == std::string::npos) {
+        *consumed = 0;
+        return nullptr;
+    }
+    if (question == 0) return HeapCopy(EmptyCondition(ctl, body, consumed));
+    const std::string condition = body.substr(0, question);
+    const size_t op = condition.find_first_of("!=<>");
+    if (op == std::string::npos) return nullptr;
+    const size_t opLength = condition[op + 1] == '=' ? 2 : 1;
+    const Condition cond{type, condition.substr(0, op), condition.substr(op, opLength),
+                         condition.substr(op + opLength)};
+    if (!cond.left.starts_with("{") && !cond.left.starts_with("_this") && type != "_file")
+        return nullptr;
+    bool usable = true;
+    const bool holds = Holds(ctl, cond, &usable);
+    if (!usable) return nullptr;
+    std::string thenText, elseText;
+    Branches(body, question, &thenText, &elseText);
+    return BranchValue(ctl, holds ? thenText : elseText);
+}
+
+// The control at text; its result (or NULL), *consumed its length.
+char *Run(const Control &ctl, char *text, int *consumed) {
+    const char *close = PairIt(text, "{", ctl.endMarker);
+    if (close == text || static_cast<int>(strnlen(text, ctl.skip)) < ctl.skip ||
+        close < text + ctl.skip) {
+        *consumed = 0;
+        return nullptr;
+    }
+    *consumed = static_cast<int>(close - text) + 1;
+    const char *body = nullptr;
+    const std::string type = TypeOf(text + ctl.skip, close, &body);
+    char *result = EvaluateBody(ctl, type, std::string(body, close), consumed);
+    if (result == nullptr || std::strstr(result, "{_txt_") == nullptr) return result;
+    char *again = MatchIt(result, "{", ctl.cycleIndex, nullptr);
+    if (again != result) std::free(result);
+    return again;
+}
+
+char *Evaluate(const Control &ctl, const std::string &branch) {
+    std::string copy = branch;
+    char *result = nullptr;
+    CreateValueFromControl(copy.data(), ctl.elementIndex, ctl.cycleIndex, ctl.pCount, ctl.pList,
+                           &result, ctl.valueIndex, ctl.skip, ctl.endMarker, ctl.message);
+    return result;
+}
+
+}  // namespace
+}  // namespace kx::tmpl
+
+extern "C" int CreateValueFromControl(char *text, int elementIndex, int cycleIndex, int *pCount,
+                                      EingabeElement **pList, char **result, int valueIndex,
+                                      int skip, const char *endMarker, char *message) {
+    using namespace kx::tmpl;
+    const ControlMode mode;
+    if (result != nullptr) *result = nullptr;
+    NestingGuard nesting;
+    if (text == nullptr || result == nullptr || pCount == nullptr || pList == nullptr ||
+        endMarker == nullptr || *endMarker == '\0' || skip < 1 || nesting.TooDeep())
+        return 0;
+    char spare[KX_MESSAGE_SIZE] = {};
+    const Control ctl{elementIndex, cycleIndex, pCount,    pList,
+                      valueIndex,   skip,       endMarker, message != nullptr ? message : spare};
+    int consumed = 0;
+    *result = Run(ctl, text, &consumed);
+    return consumed;
+}

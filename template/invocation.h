@@ -1,0 +1,98 @@
+// The state of one call of the template processor. Nothing of it is static:
+// the processor is re-entered through MatchIt while a call is running.
+#ifndef KX_TEMPLATE_INVOCATION_H
+#define KX_TEMPLATE_INVOCATION_H
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kx_template.h"
+
+namespace kx::tmpl {
+
+// Levels of a call: 0 is the page outside any CYCLE block, 1 to 4 the nested
+// blocks. Each level has its own IF skip flag and iteration counter.
+inline constexpr int kLevelCount = 5;
+
+// The line buffer holds at least this many bytes; more for a larger input.
+inline constexpr size_t kLineBufferMinimum = 4096;
+
+// Room kept after the input's own size in the line buffer.
+inline constexpr size_t kLineBufferHeadroom = 10;
+
+// Size of the scratch buffer for names built from other names.
+inline constexpr size_t kScratchSize = 512;
+
+// The list divider of the page engine.
+inline constexpr const char *kListDivider = "~";
+
+struct Level {
+    int state = 0;   // 0 idle; the cycle blocks collect and replay at 1 and 2
+    int counter = 0; // iterations finished so far ("{CycleCount}")
+    int limit = 1;
+    bool skip = false;
+};
+
+// The (name, value) pairs of the page's text file.
+class PageTexts {
+public:
+    PageTexts() = default;
+    PageTexts(const PageTexts &) = delete;
+    PageTexts &operator=(const PageTexts &) = delete;
+    ~PageTexts();
+    void Load(const std::string &path);
+    int Count() const { return count_; }
+    const char *Name(int i) const { return pairs_[2 * i]; }
+    const char *Value(int i) const { return pairs_[2 * i + 1]; }
+
+private:
+    char **pairs_ = nullptr;
+    int count_ = 0;
+};
+
+struct Invocation {
+    bool stringMode = false;
+    std::string path;  // file mode: the template
+    std::string output; // string mode: the result so far
+    bool produced = false;
+
+    int startIndex = -1;
+    int endIndex = -1;
+    int *pCount = nullptr;
+    EingabeElement **pList = nullptr;
+    std::string startMarker;
+    std::string endMarker;
+    bool markersDefined = false;
+
+    std::vector<char> line; // the line buffer, never grown
+    char *textStart = nullptr; // the text being processed
+    char message[KX_MESSAGE_SIZE] = {};
+    char scratch[kScratchSize] = {};
+
+    int lineCounter = 1;
+    int lineStart = 1;
+    int passes = 0;
+    int fixedCycleIndex = -1;
+    bool deleteCopyright = false;
+    bool ifPrefix = false;
+    PageTexts pageTexts;
+
+    Level levels[kLevelCount];
+    int level = 0;
+    ErsetzungsName name = {};
+
+    Level &Current() { return levels[level]; }
+    int CycleIndex() const;
+    void Write(std::string_view piece);
+    void ClearName();
+};
+
+// Processes one logical line (the text is changed during processing and
+// restored; it stays NUL-terminated).
+void ProcessText(Invocation &inv, char *text);
+
+}  // namespace kx::tmpl
+
+#endif

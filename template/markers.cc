@@ -1,0 +1,29 @@
+#include "template/markers.h"
+
+#include "template/entry_values.h"
+
+namespace kx::tmpl {
+
+Markers CurrentMarkers(int *pCount, EingabeElement **pList) {
+    const char *start = CurrentTextAt(pCount, pList, iErsetzungsAnfang);
+    const char *end = CurrentTextAt(pCount, pList, iErsetzungsEnde);
+    return {start != nullptr && *start != '\0' ? start : "{",
+            end != nullptr && *end != '\0' ? end : "}"};
+}
+
+Cuts::~Cuts() {
+    while (count_ > 0) {
+        --count_;
+        *where_[count_] = saved_[count_];
+    }
+}
+
+void Cuts::At(char *position) {
+    if (position == nullptr || count_ == kMaxCuts) return;
+    where_[count_] = position;
+    saved_[count_] = *position;
+    ++count_;
+    *position = '\0';
+}
+
+}  // namespace kx::tmpl

@@ -1,0 +1,284 @@
+// ErsetzeUndGebeHtmlDateiAus: set-up, reading the template into logical
+// lines, and the end of the input.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "companion/libKXUtils.h"
+#include "kx_template.h"
+#include "template/entry_values.h"
+#include "template/invocation.h"
+#include "template/nesting.h"
+
+namespace kx::tmpl {
+namespace {
+
+// A "{" followed by one of these opens a placeholder that must end on the
+// logical line; any other character (a JavaScript brace) ends the scan.
+bool OpensPlaceholder(char next) {
+    return (next >= 'a' && next <= 'z') || (next >= 'A' && next <= 'Z') ||
+           (next >= '0' && next <= '9') || next == '_' || next == '-' || next == '=' ||
+           next == '/';
+}
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+// Keeps _InCreateValueFromControl as the caller had it.
+class ControlFlagGuard {
+public:
+    ControlFlagGuard() : saved_(_InCreateValueFromControl) { _InCreateValueFromControl = 0; }
+    ~ControlFlagGuard() { _InCreateValueFromControl = saved_; }
+    ControlFlagGuard(const ControlFlagGuard &) = delete;
+    ControlFlagGuard &operator=(const ControlFlagGuard &) = delete;
+
+private:
+    int saved_;
+};
+
+struct FileCloser {
+    void operator()(FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<FILE, FileCloser>;
+
+void TakeMarkers(Invocation &inv) {
+    const char *start = CurrentTextAt(inv.pCount, inv.pList, inv.startIndex);
+    const char *end = CurrentTextAt(inv.pCount, inv.pList, inv.endIndex);
+    inv.markersDefined = start != nullptr && *start != '\0' && end != nullptr && *end != '\0';
+    if (!inv.markersDefined) return;
+    inv.startMarker = start;
+    inv.endMarker = end;
+}
+
+void AllocateLine(Invocation &inv, size_t inputSize) {
+    inv.line.assign(std::max(kLineBufferMinimum, inputSize + kLineBufferHeadroom), '\0');
+}
+
+// "DeleteCopyright": Wert when it is set and not empty, else Vorgabe.
+bool DeleteCopyrightWanted(const Invocation &inv) {
+    const int index = EingabewertIndex("DeleteCopyright", *inv.pList, *inv.pCount);
+    if (index >= *inv.pCount) return false;
+    const EingabeElement &entry = (*inv.pList)[index];
+    const char *text = (entry.Wert != nullptr && *entry.Wert != '\0') ? entry.Wert : entry.Vorgabe;
+    return text != nullptr && (*text == 'y' || *text == 'Y');
+}
+
+// The page text file: "<dir>ini/<base up to the first '.'>.ini".
+std::string PageTextPath(const std::string &path) {
+    const char *base = HTMLBasename(path.c_str());
+    const char *dot = std::strchr(base, '.');
+    if (dot == nullptr) return {};
+    return std::string(path.c_str(), base) + "ini" + Verzeichnistrenner + std::string(base, dot) +
+           ".ini";
+}
+
+// Each pair becomes the entry "_txt_<name>" with the value as its default.
+void DeclarePageTexts(Invocation &inv) {
+    const std::string textPath = PageTextPath(inv.path);
+    if (textPath.empty()) return;
+    inv.pageTexts.Load(textPath);
+    for (int i = 0; i < inv.pageTexts.Count(); ++i) {
+        const std::string key = std::string("_txt_") + inv.pageTexts.Name(i);
+        char *decoded = ServerDecoding(key.c_str());
+        AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded, 1, inv.pageTexts.Value(i));
+        std::free(decoded);
+    }
+    std::fill(inv.line.begin(), inv.line.end(), '\0');
+}
+
+// The part of a logical line read so far: [0, writePos) is complete, then
+// pending bytes of an unfinished placeholder.
+struct LineCursor {
+    size_t writePos = 0;
+    size_t pending = 0;
+};
+
+enum class Read { Piece, End, Abort, Full };
+
+Read ReadPiece(Invocation &inv, FILE *in, const char *text, size_t at) {
+    char *place = inv.line.data() + at;
+    const size_t space = inv.line.size() - at;
+    if (space < 2) return Read::Full;
+    if (in == nullptr) {
+        if (inv.passes > 0 || at > 0) return Read::End;
+        inv.passes = 1;
+        std::memcpy(place, text, std::strlen(text) + 1);
+    } else {
+        if (std::fgets(place, static_cast<int>(std::min<size_t>(space, INT32_MAX)), in) == nullptr)
+            return Read::End;
+        if (inv.deleteCopyright) {
+            inv.deleteCopyright = false;
+            const int skipped = DeleteComment(in, place, static_cast<int>(space));
+            if (skipped == -1) return Read::Abort;
+            if (skipped > 0) inv.lineCounter += skipped;
+        }
+    }
+    ++inv.lineCounter;
+    return Read::Piece;
+}
+
+// A continuation loses its leading blanks and line breaks and follows the
+// pending text directly. False when nothing but blanks was read.
+bool JoinPiece(Invocation &inv, size_t at) {
+    char *piece = inv.line.data() + at;
+    char *rest = piece;
+    while (IsBlank(*rest)) ++rest;
+    if (*rest == '\0') return false;
+    std::memmove(piece, rest, std::strlen(rest) + 1);
+    return true;
+}
+
+// True when the logical line holds no unfinished placeholder.
+bool ScanComplete(Invocation &inv, LineCursor &cursor) {
+    char *buffer = inv.line.data();
+    for (;;) {
+        char *brace = std::strchr(buffer + cursor.writePos, '{');
+        if (brace == nullptr || !OpensPlaceholder(brace[1]) || !inv.markersDefined) return true;
+        const char *match = PairIt(brace, inv.startMarker.c_str(), inv.endMarker.c_str());
+        if (match == brace) break;
+        cursor.writePos = static_cast<size_t>(match - buffer) + inv.endMarker.size();
+        cursor.pending = 0;
+        inv.lineStart = inv.lineCounter - 1;
+    }
+    size_t length = std::strlen(buffer + cursor.writePos);
+    while (length > 0 && IsBlank(buffer[cursor.writePos + length - 1])) --length;
+    cursor.pending = length;
+    return false;
+}
+
+std::string PendingText(const Invocation &inv, const LineCursor &cursor) {
+    return std::string(inv.line.data() + cursor.writePos, cursor.pending);
+}
+
+// The input ended inside a placeholder: a message instead of the text.
+void ReportUnfinished(Invocation &inv, const LineCursor &cursor) {
+    const std::string pending = PendingText(inv, cursor);
+    char head[2048];
+    if (inv.stringMode) {
+        const int n = std::snprintf(head, sizeof head, "<BR>\n<!Error line %d: No matching '}' for '",
+                                    inv.lineStart);
+        inv.Write(std::string_view(head, static_cast<size_t>(n)));
+        inv.Write(pending);
+        inv.Write(" ...>\n<BR>\n");
+        return;
+    }
+    const size_t brace = pending.find('{');
+    std::string shown = pending.substr(brace == std::string::npos ? 0 : brace, 20);
+    char *quoted = KXUtilsStringReplace(shown.c_str(), "\"", "\\\"");
+    std::snprintf(head, sizeof head,
+                  "\n<script language=JavaScript>\n<!--\nalert(\"KX Pagecraft Syntax Error:"
+                  "\\n\\nError line %d: No matching '}' for '%s' ...>\");\n// -->\n</script>\n",
+                  inv.lineStart, quoted != nullptr ? quoted : shown.c_str());
+    KXUtilsFreeResources(quoted);
+    inv.Write(head);
+}
+
+// Reads the pieces of one logical line. False at the end of the input.
+bool ReadLogicalLine(Invocation &inv, FILE *in, const char *text) {
+    LineCursor cursor;
+    inv.lineStart = inv.lineCounter;
+    for (;;) {
+        const Read got = ReadPiece(inv, in, text, cursor.writePos + cursor.pending);
+        if (got == Read::Abort) return false;
+        if (got == Read::End) {
+            if (cursor.pending > 0) ReportUnfinished(inv, cursor);
+            return false;
+        }
+        // A logical line that fills the buffer is processed as it stands.
+        if (got == Read::Full) return true;
+        if (cursor.pending > 0 && !JoinPiece(inv, cursor.writePos + cursor.pending)) continue;
+        if (ScanComplete(inv, cursor)) return true;
+    }
+}
+
+void Run(Invocation &inv, FILE *in, const char *text) {
+    while (ReadLogicalLine(inv, in, text)) {
+        ProcessText(inv, inv.line.data());
+        ++inv.passes;
+        if (inv.stringMode) return;
+    }
+}
+
+void RunFile(Invocation &inv) {
+    const long size = KXUtilsFileSize(inv.path.c_str());
+    AllocateLine(inv, size > 0 ? static_cast<size_t>(size) : 0);
+    DeclarePageTexts(inv);
+    TakeMarkers(inv);
+    File in(std::fopen(inv.path.c_str(), "r"));
+    if (in == nullptr) {
+        std::fprintf(_Utilsfpout != nullptr ? _Utilsfpout : stdout,
+                     "%s konnte nicht geoeffnet werden\n", inv.path.c_str());
+        return;
+    }
+    inv.deleteCopyright = DeleteCopyrightWanted(inv);
+    Run(inv, in.get(), nullptr);
+}
+
+void RunString(Invocation &inv, const char *text) {
+    AllocateLine(inv, std::strlen(text));
+    TakeMarkers(inv);
+    if (!inv.markersDefined || std::strstr(text, inv.startMarker.c_str()) == nullptr) return;
+    Run(inv, nullptr, text);
+}
+
+char *HeapCopy(const std::string &text) {
+    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
+    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
+    return copy;
+}
+
+}  // namespace
+
+int Invocation::CycleIndex() const {
+    if (fixedCycleIndex >= 0) return fixedCycleIndex;
+    return level > 0 ? levels[level].counter : -1;
+}
+
+void Invocation::Write(std::string_view piece) {
+    if (stringMode) {
+        output.append(piece);
+        produced = true;
+        return;
+    }
+    if (!piece.empty())
+        std::fwrite(piece.data(), 1, piece.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
+}
+
+void Invocation::ClearName() {
+    std::free(name.Liste);
+    name = {};
+}
+
+}  // namespace kx::tmpl
+
+extern "C" void ErsetzeUndGebeHtmlDateiAus(const char *nameOrText, char **result, int startIndex,
+                                           int endIndex, int *pCount, EingabeElement **pList) {
+    using namespace kx::tmpl;
+    ControlFlagGuard flag;
+    NestingGuard nesting;
+    if (result != nullptr && nesting.TooDeep()) {
+        *result = nullptr;
+        return;
+    }
+    auto inv = std::make_unique<Invocation>();
+    inv->stringMode = result != nullptr;
+    inv->startIndex = startIndex;
+    inv->endIndex = endIndex;
+    inv->pCount = pCount;
+    inv->pList = pList;
+    if (result != nullptr) {
+        inv->fixedCycleIndex = static_cast<int>(reinterpret_cast<intptr_t>(*result));
+        *result = nullptr;
+    }
+    if (nameOrText == nullptr || pCount == nullptr || pList == nullptr) return;
+    if (inv->stringMode) {
+        RunString(*inv, nameOrText);
+        if (inv->produced) *result = HeapCopy(inv->output);
+    } else {
+        inv->path = nameOrText;
+        RunFile(*inv);
+    }
+    inv->ClearName();
+}
