@@ -64,7 +64,10 @@ ConsoleServer::ConsoleServer(const std::string &program) : port_(FreePort()) {
     }
     for (int tries = 0; tries < 100; ++tries) {  // up to five seconds to start listening
         const int fd = Connect(port_);
-        if (fd >= 0) return static_cast<void>(close(fd));
+        if (fd >= 0) {
+            close(fd);
+            return;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
 }
