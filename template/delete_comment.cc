@@ -1,4 +1,5 @@
 // DeleteComment: drops a "$Copyright$" comment at the start of a template.
+#include <cstdio>
 #include <cstring>
 
 #include "kx_template.h"

@@ -145,14 +145,14 @@ char *BranchValue(const Control &ctl, std::string branch) {
     _ThisValueIndex = saved;
     std::string out;
     if (thisAt != nullptr && thisAt[5] != '\0') {
-        const std::string joined = std::string(chain.name, thisAt) + (converted ? converted : "") + (thisAt + 5);
+        const std::string joined = std::string(chain.name, static_cast<size_t>(thisAt - chain.name)) + (converted ? converted : "") + (thisAt + 5);
         char *link = KXUtilsStringReplace(joined.c_str(), "javascript%3A", "javascript:");
         std::free(converted);
         converted = EvaluatedCopy(link != nullptr ? link : joined.c_str(), ctl.cycleIndex);
         KXUtilsFreeResources(link);
         return converted;
     }
-    if (chain.start != nullptr && chain.start > branch.data()) out.assign(branch.data(), chain.start);
+    if (chain.start != nullptr && chain.start > branch.data()) out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
     out += converted != nullptr ? converted : "";
     std::free(converted);
     return HeapCopy(out);

@@ -161,7 +161,7 @@ void ReportUnfinished(Invocation &inv, const LineCursor &cursor) {
                                     inv.lineStart);
         inv.Write(std::string_view(head, static_cast<size_t>(n)));
         inv.Write(pending);
-        inv.Write(" ...>\n<BR>\n");
+        inv.Write("' ...>\n<BR>\n");
         return;
     }
     const size_t brace = pending.find('{');

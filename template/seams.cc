@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-extern "C" char *WertzuweisungEingabe(int count, char *text, int *pCount, EingabeElement **pList,
+extern "C" char *WertzuweisungEingabe(int count, const char *text, int *pCount, EingabeElement **pList,
                                       const char *divider);
 
 namespace kx::tmpl {

@@ -40,6 +40,11 @@ std::string Evaluate(const std::string &text, int cycleIndex) {
     return out;
 }
 
+// The text from first up to last; empty when last lies before first.
+std::string Between(const char *first, const char *last) {
+    return last > first ? std::string(first, static_cast<size_t>(last - first)) : std::string();
+}
+
 int Lookup(const Selection &s, const std::string &name) {
     return EingabewertIndex(name.c_str(), *s.pList, *s.pCount);
 }
@@ -164,9 +169,9 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
         std::snprintf(s.message, KX_MESSAGE_SIZE, "<! second ] missing !>\n");
         return 0;
     }
-    const std::string prefix(s.start + s.markers.start.size(), open);
-    const std::string keyName(keyStart + s.markers.start.size(), keyOpen);
-    std::string list = Candidates(prefix, std::string(keyOpen + 1, keyClose), s.cycleIndex);
+    const std::string prefix = Between(s.start + s.markers.start.size(), open);
+    const std::string keyName = Between(keyStart + s.markers.start.size(), keyOpen);
+    std::string list = Candidates(prefix, Between(keyOpen + 1, keyClose), s.cycleIndex);
     const size_t bracket = list.find('[');
     if (bracket != std::string::npos) {
         const char *close = PairIt(list.c_str() + bracket, "[", "]");

@@ -1,0 +1,44 @@
+// An input list set up for the page engine: the two marker entries "{" and
+// "}", the process-wide handles pointing at it, and ways to run templates.
+#ifndef KX_TESTS_SUPPORT_PAGE_ENGINE_H
+#define KX_TESTS_SUPPORT_PAGE_ENGINE_H
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+
+#include "kx_template.h"
+#include "support/kx_test.h"
+
+namespace kx::test {
+
+class PageEngine : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // Declares name when missing and gives it one value.
+    void Set(const char *name, const char *value, char kind = 'n');
+    // Gives name the values, laid end to end.
+    void SetList(const char *name, std::initializer_list<const char *> values, char kind = 'j');
+    // Declares name without a value.
+    void Declare(const char *name, const char *defaultText = nullptr, char kind = 'n');
+    EingabeElement *Entry(const char *name);
+    // The values of name, joined with "~".
+    std::string Values(const char *name);
+
+    // The page written for a template with this content (file mode).
+    std::string Page(const std::string &content, const std::string &relative = "page.htm");
+    // The page of the template at path.
+    std::string PageAt(const std::string &path);
+    // String mode; "<null>" when nothing was produced.
+    std::string Evaluate(const char *text, int cycleIndex = -1);
+
+    InputList list_;
+    TempDir dir_;
+};
+
+}  // namespace kx::test
+
+#endif
