@@ -27,6 +27,7 @@ protected:
         Set("b", "1");
         SetList("list", {"x", "y", "z"});
         Set("brace", "{user} <!-- %s %n ~ }");
+        Set("data", "{user} <!-- %s }");
     }
 };
 
@@ -66,7 +67,8 @@ const std::vector<Golden> kFilePages = {
     {"IF line writes nothing", "<!{IF flag}>\n", ""},
     {"text before IF on a line is dropped", "abc <!{IF flag}> def\nx\n", "x\n"},
     {"DEFINE a list", "<!{DEFINE d p~q~r}>\n{d}\n", "p\n"},
-    {"DEFINE from a value", "<!{DEFINE d {brace}}>\n{d}\n", "{user} <!-- %s %n ~ }\n"},
+    {"DEFINE from a value", "<!{DEFINE d {data}}>\n{d}\n", "{user} <!-- %s }\n"},
+    {"DEFINE splits a value at ~", "<!{DEFINE d {brace}}>\n{d}\n", "{user} <!-- %s %n \n"},
     {"DEFINE without value", "{DEFINE d}\n", "{DEFINE d}\n"},
     {"DEFINE inside a skipped part", "<!{IF 0}>\n<!{DEFINE e 5}>\n<!{/IF}>\n{e}\n", "5\n"},
     {"/CYCLE without CYCLE", "<!{/CYCLE}>\n",
