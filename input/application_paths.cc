@@ -1,7 +1,6 @@
-// Heap texts, decoding, entry texts and the application directory.
+// Decoding, entry texts and the application directory.
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include "companion/libKXUtils.h"
 #include "input/request_internal.h"
@@ -12,14 +11,6 @@ void UnifySeparators(std::string &path) {
     const char replacement = SeparatorCharacter();
     std::replace_if(path.begin(), path.end(), [](char ch) { return ch == '/' || ch == '\\'; },
                     replacement);
-}
-
-char *HeapText(std::string_view text) {
-    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
-    if (copy == nullptr) return nullptr;
-    std::memcpy(copy, text.data(), text.size());
-    copy[text.size()] = '\0';
-    return copy;
 }
 
 std::string Decoded(const char *text) {

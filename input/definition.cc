@@ -87,7 +87,7 @@ File OpenDefinitionFile(const Request &call, std::string &opened) {
 void RecordFile(const std::string &opened, char divideSign) {
     for (std::size_t slot = 0; slot < std::size(_IniFilename); ++slot) {
         if (_IniFilename[slot] != nullptr) continue;
-        _IniFilename[slot] = HeapText(opened);
+        _IniFilename[slot] = HeapCopy(opened);
         _IniFilenameDivideSign[slot] = divideSign;
         return;
     }

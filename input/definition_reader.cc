@@ -45,7 +45,7 @@ int FindEarlierEntry(const EingabeElement *list, int before, std::string_view na
 
 // Adds an entry named name at the end of the list; -1 when memory runs out.
 int AddEntry(const DefinitionTarget &target, std::string_view name) {
-    char *copy = HeapText(name);
+    char *copy = HeapCopy(name);
     const auto grown = static_cast<std::size_t>(*target.count) + 1;
     auto *list = static_cast<EingabeElement *>(std::realloc(*target.list, grown * sizeof(EingabeElement)));
     if (copy == nullptr || list == nullptr) {
@@ -62,7 +62,7 @@ int AddEntry(const DefinitionTarget &target, std::string_view name) {
 }
 
 void SetKindAndDefault(EingabeElement &entry, char kind, std::string_view defaultText) {
-    char *copy = HeapText(defaultText);
+    char *copy = HeapCopy(defaultText);
     if (copy == nullptr) return;
     entry.Art = kind;
     std::free(entry.Vorgabe);

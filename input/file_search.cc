@@ -170,7 +170,7 @@ char *SearchForFile(const char *name, EingabeElement *list, int count, const cha
 }
 
 char *CreateDirectoryname(const char *first, const char *second, const char *third) {
-    return kx::request::HeapText(kx::request::JoinedDirectoryName(first, second, third));
+    return kx::request::HeapCopy(kx::request::JoinedDirectoryName(first, second, third));
 }
 
 void CreateApplicationFilePath(EingabeElement *list, int count, char *buffer, const char *directory,

@@ -104,7 +104,7 @@ char *CreateOutput(char *text, const char *separator, int first, int number) {
     if (first <= 1 && number <= 0) return text;
     const auto range = ElementRange(text, separator, std::max(first, 1), number);
     if (!range) return text;
-    char *result = HeapText(*range);
+    char *result = HeapCopy(*range);
     if (result == nullptr) return text;
     std::free(text);
     return result;

@@ -9,9 +9,12 @@
 #include <string>
 #include <string_view>
 
+#include "input/eingabe/heap_text.h"
 #include "kx_input.h"
 
 namespace kx::request {
+
+using kx::input::HeapCopy;
 
 // Longest path the library builds, without its terminating NUL.
 inline constexpr std::size_t kMaxPathLength = KX_PATH_SIZE - 1;
@@ -26,9 +29,6 @@ char SeparatorCharacter();
 
 // Every "/" and backslash of path becomes the separator character.
 void UnifySeparators(std::string &path);
-
-// A heap copy of text (malloc), or null when memory runs out.
-char *HeapText(std::string_view text);
 
 // The decoded form of text (ServerDecoding); a null text gives "".
 std::string Decoded(const char *text);

@@ -6,14 +6,15 @@
 #include <string>
 
 #include "kx_input.h"
+#include "support/kx_test.h"
 #include "support/request_fixtures.h"
 
 namespace {
 
-using kx::testing::CurrentDirectory;
-using kx::testing::OwnedList;
-using kx::testing::PageCapture;
-using kx::testing::ScratchTree;
+using kx::test::CurrentDirectory;
+using kx::test::InputList;
+using kx::test::CapturedPage;
+using kx::test::TempDir;
 
 void ForgetRecords() {
     for (int slot = 0; slot < 2; ++slot) {
@@ -32,19 +33,19 @@ protected:
         _pEingabeAnzahl = nullptr;
     }
     int Read(const char *application, const char *programPath) {
-        return ErmittleEingabe2(application, &owned.list, &owned.count, nullptr, programPath, 0);
+        return ErmittleEingabe2(application, &owned.list(), &owned.count(), nullptr, programPath, 0);
     }
 
-    ScratchTree tree;
-    CurrentDirectory inside{tree.Root()};
-    OwnedList owned;
-    PageCapture page;
+    TempDir tree;
+    CurrentDirectory inside{tree.path()};
+    InputList owned;
+    CapturedPage page;
 };
 
 TEST_F(DefinitionRecordTest, FallsBackBesideTheProgram) {
     tree.Write("bin/Prog.ini", "~\nA~n~1\nbroken\n");
     ASSERT_EQ(Read("Prog", "bin/prog.cgi"), 0);
-    ASSERT_EQ(owned.count, 1);
+    ASSERT_EQ(owned.count(), 1);
     EXPECT_STREQ(_IniFilename[0], "bin/Prog.ini");
     EXPECT_EQ(_IniFilenameDivideSign[0], '~');
     // Messages name the path that was opened.
@@ -69,18 +70,18 @@ TEST_F(DefinitionRecordTest, NoFallbackWithoutADirectoryPart) {
     EXPECT_EQ(Read("Prog", nullptr), 1);
     EXPECT_EQ(Read("Missing", "bin/prog.cgi"), 1);
     EXPECT_EQ(_IniFilename[0], nullptr);
-    EXPECT_EQ(owned.count, 0);
+    EXPECT_EQ(owned.count(), 0);
 }
 
 TEST_F(DefinitionRecordTest, FallbackStaysInTheProgramDirectory) {
     tree.Write("secret.ini", "|\nOutside|n|1\n");
     tree.Write("bin/secret.ini", "|\nInside|n|1\n");
     tree.Write("work/empty", "");
-    CurrentDirectory work(tree.Root() / "work");
-    const std::string program = (tree.Root() / "bin" / "prog.cgi").string();
+    CurrentDirectory work(tree.path() + "/work");
+    const std::string program = tree.path() + "/bin/prog.cgi";
     ASSERT_EQ(Read("../secret", program.c_str()), 0);
-    ASSERT_EQ(owned.count, 1);
-    EXPECT_STREQ(owned.list[0].Name, "Inside");
+    ASSERT_EQ(owned.count(), 1);
+    EXPECT_STREQ(owned.list()[0].Name, "Inside");
 }
 
 TEST_F(DefinitionRecordTest, RecordsTheFirstTwoFilesOnly) {
@@ -89,7 +90,7 @@ TEST_F(DefinitionRecordTest, RecordsTheFirstTwoFilesOnly) {
     tree.Write("Three.ini", "#\nC#n#1\n");
     std::string block("^\0D^n^1\0\0", 9);
     ASSERT_EQ(Read(block.c_str(), nullptr), 0);  // a definition in memory is no file
-    ASSERT_EQ(ErmittleEingabe("One", &owned.list, &owned.count, nullptr, 0), 0);  // the first form keeps none
+    ASSERT_EQ(ErmittleEingabe("One", &owned.list(), &owned.count(), nullptr, 0), 0);  // the first form keeps none
     ASSERT_EQ(Read("Two", nullptr), 0);
     ASSERT_EQ(Read("Three", nullptr), 0);
     ASSERT_EQ(Read("One", nullptr), 0);
@@ -97,7 +98,7 @@ TEST_F(DefinitionRecordTest, RecordsTheFirstTwoFilesOnly) {
     EXPECT_EQ(_IniFilenameDivideSign[0], '~');
     EXPECT_STREQ(_IniFilename[1], "Three.ini");
     EXPECT_EQ(_IniFilenameDivideSign[1], '#');
-    EXPECT_EQ(owned.count, 4);
+    EXPECT_EQ(owned.count(), 4);
 }
 
 TEST_F(DefinitionRecordTest, RecordShowsTheSearchedName) {

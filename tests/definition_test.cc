@@ -6,14 +6,15 @@
 #include <string>
 
 #include "kx_input.h"
+#include "support/kx_test.h"
 #include "support/request_fixtures.h"
 
 namespace {
 
-using kx::testing::CurrentDirectory;
-using kx::testing::OwnedList;
-using kx::testing::PageCapture;
-using kx::testing::ScratchTree;
+using kx::test::CurrentDirectory;
+using kx::test::InputList;
+using kx::test::CapturedPage;
+using kx::test::TempDir;
 
 // An in-memory definition: the texts laid end to end, each with its NUL, and
 // the empty text that ends the block.
@@ -39,13 +40,13 @@ protected:
         _pEingabe = nullptr;
         _pEingabeAnzahl = nullptr;
     }
-    int Read(const std::string &block) { return ErmittleEingabe(block.c_str(), &owned.list, &owned.count, nullptr, 0); }
+    int Read(const std::string &block) { return ErmittleEingabe(block.c_str(), &owned.list(), &owned.count(), nullptr, 0); }
     int Read2(const std::string &block) {
-        return ErmittleEingabe2(block.c_str(), &owned.list, &owned.count, nullptr, nullptr, 0);
+        return ErmittleEingabe2(block.c_str(), &owned.list(), &owned.count(), nullptr, nullptr, 0);
     }
 
-    OwnedList owned;
-    PageCapture page;
+    InputList owned;
+    CapturedPage page;
 };
 
 struct LineCase {
@@ -61,8 +62,8 @@ class DefinitionLineTest : public DefinitionTest, public ::testing::WithParamInt
 TEST_P(DefinitionLineTest, DeclaresOneEntry) {
     const LineCase &c = GetParam();
     ASSERT_EQ(Read(Block({"|", c.line})), 0);
-    ASSERT_EQ(owned.count, 1);
-    const EingabeElement &entry = owned.list[0];
+    ASSERT_EQ(owned.count(), 1);
+    const EingabeElement &entry = owned.list()[0];
     EXPECT_STREQ(entry.Name, c.name);
     EXPECT_EQ(entry.NameLaenge, std::strlen(c.name));
     EXPECT_EQ(entry.Art, c.art);
@@ -87,37 +88,37 @@ INSTANTIATE_TEST_SUITE_P(Lines, DefinitionLineTest, ::testing::Values(
 
 TEST_F(DefinitionTest, LineWithoutSeparatorIsReportedAndSkipped) {
     ASSERT_EQ(Read(Block({"|", "A|n|1", "no separator", "B|n|2"})), 0);
-    ASSERT_EQ(owned.count, 2);
-    EXPECT_STREQ(owned.list[1].Name, "B");
+    ASSERT_EQ(owned.count(), 2);
+    EXPECT_STREQ(owned.list()[1].Name, "B");
     // The line number shown is the count at that point plus two.
     EXPECT_EQ(page.Text(), Message("", 3, "Name"));
 }
 
 TEST_F(DefinitionTest, BlankLinesAreSkippedSilently) {
     ASSERT_EQ(Read(Block({"|", " \t\r\n", "A|n|1"})), 0);
-    EXPECT_EQ(owned.count, 1);
+    EXPECT_EQ(owned.count(), 1);
     EXPECT_EQ(page.Text(), "");
 }
 
 TEST_F(DefinitionTest, SeparatorLineIsCutAtItsLineEnd) {
     ASSERT_EQ(Read(Block({"~\r\n", "A~j~x"})), 0);
-    ASSERT_EQ(owned.count, 1);
-    EXPECT_EQ(owned.list[0].Art, 'j');
-    EXPECT_STREQ(owned.list[0].Vorgabe, "x");
+    ASSERT_EQ(owned.count(), 1);
+    EXPECT_EQ(owned.list()[0].Art, 'j');
+    EXPECT_STREQ(owned.list()[0].Vorgabe, "x");
 }
 
 TEST_F(DefinitionTest, EarlierEntryIsUpdatedAndRepeatedNameAddsAnother) {
     ASSERT_EQ(Read(Block({"|", "RootPath|n|/old"})), 0);
     EXPECT_EQ(iRootPath, 0);
     ASSERT_EQ(Read(Block({"|", "X|n|", "RootPath|j|/new", "X|n|again"})), 0);
-    ASSERT_EQ(owned.count, 3);
+    ASSERT_EQ(owned.count(), 3);
     EXPECT_EQ(iRootPath, 0);
-    EXPECT_EQ(owned.list[0].Art, 'j');
-    EXPECT_STREQ(owned.list[0].Vorgabe, "/new");
+    EXPECT_EQ(owned.list()[0].Art, 'j');
+    EXPECT_STREQ(owned.list()[0].Vorgabe, "/new");
     // Within one definition only entries from before it are looked up.
-    EXPECT_STREQ(owned.list[1].Name, "X");
-    EXPECT_STREQ(owned.list[2].Name, "X");
-    EXPECT_STREQ(owned.list[2].Vorgabe, "again");
+    EXPECT_STREQ(owned.list()[1].Name, "X");
+    EXPECT_STREQ(owned.list()[2].Name, "X");
+    EXPECT_STREQ(owned.list()[2].Vorgabe, "again");
 }
 
 TEST_F(DefinitionTest, KeywordsRecordTheirEntriesCaseSensitively) {
@@ -134,29 +135,29 @@ TEST_F(DefinitionTest, KeywordsRecordTheirEntriesCaseSensitively) {
 }
 
 TEST_F(DefinitionTest, NullApplicationIsReported) {
-    EXPECT_EQ(ErmittleEingabe(nullptr, &owned.list, &owned.count, nullptr, 0), 1);
+    EXPECT_EQ(ErmittleEingabe(nullptr, &owned.list(), &owned.count(), nullptr, 0), 1);
     EXPECT_EQ(page.Text(), "<! ErmittleEingabe: Anwendung == NULL>\n");
 }
 
 TEST_F(DefinitionTest, EmptyCountNeedsNoInitialisedList) {
-    owned.list = reinterpret_cast<EingabeElement *>(0x10);  // never read
+    owned.list() = reinterpret_cast<EingabeElement *>(0x10);  // never read
     ASSERT_EQ(Read(Block({"|", "A|n|1"})), 0);
-    EXPECT_EQ(owned.count, 1);
+    EXPECT_EQ(owned.count(), 1);
 }
 
 TEST_F(DefinitionTest, FirstCallRecordsTheListHandles) {
-    OwnedList other;
+    InputList other;
     ASSERT_EQ(Read(Block({"|", "A|n|1"})), 0);
-    ASSERT_EQ(ErmittleEingabe(Block({"|", "B|n|"}).c_str(), &other.list, &other.count, nullptr, 0), 0);
-    EXPECT_EQ(_pEingabe, &owned.list);
-    EXPECT_EQ(_pEingabeAnzahl, &owned.count);
+    ASSERT_EQ(ErmittleEingabe(Block({"|", "B|n|"}).c_str(), &other.list(), &other.count(), nullptr, 0), 0);
+    EXPECT_EQ(_pEingabe, &owned.list());
+    EXPECT_EQ(_pEingabeAnzahl, &owned.count());
 }
 
 TEST_F(DefinitionTest, LongInMemoryLineGrowsTheBuffer) {
     const std::string longDefault(10000, 'x');
     ASSERT_EQ(Read(Block({"|", "Long|n|" + longDefault, "Next|n|1"})), 0);
-    ASSERT_EQ(owned.count, 2);
-    EXPECT_EQ(owned.list[0].Vorgabe, longDefault);
+    ASSERT_EQ(owned.count(), 2);
+    EXPECT_EQ(owned.list()[0].Vorgabe, longDefault);
     EXPECT_EQ(page.Text(), "");
 }
 
@@ -164,8 +165,8 @@ TEST_F(DefinitionTest, SecondFormReadsLongInMemoryLinesInPieces) {
     // 4095 bytes a piece: the rest of the line comes as lines of its own.
     const std::string line = "Long|n|" + std::string(10000, 'x');
     ASSERT_EQ(Read2(Block({"|", line})), 0);
-    ASSERT_EQ(owned.count, 1);
-    EXPECT_EQ(owned.list[0].Vorgabe, std::string(4095 - 7, 'x'));
+    ASSERT_EQ(owned.count(), 1);
+    EXPECT_EQ(owned.list()[0].Vorgabe, std::string(4095 - 7, 'x'));
     EXPECT_EQ(page.Text(), Message("", 3, "Name") + Message("", 3, "Name"));
 }
 
@@ -173,21 +174,21 @@ TEST_F(DefinitionTest, SecondFormReadsLongInMemoryLinesInPieces) {
 
 class DefinitionFileTest : public DefinitionTest {
 protected:
-    ScratchTree tree;
-    CurrentDirectory inside{tree.Root()};
+    TempDir tree;
+    CurrentDirectory inside{tree.path()};
 };
 
 TEST_F(DefinitionFileTest, MessagesNameTheFileAndLine) {
     tree.Write("App.ini", "|\nA|n|1\nbroken\nB|j\n");
-    ASSERT_EQ(ErmittleEingabe("App", &owned.list, &owned.count, nullptr, 0), 0);
-    ASSERT_EQ(owned.count, 2);
+    ASSERT_EQ(ErmittleEingabe("App", &owned.list(), &owned.count(), nullptr, 0), 0);
+    ASSERT_EQ(owned.count(), 2);
     EXPECT_EQ(page.Text(), Message("App.ini", 3, "Name") + Message("App.ini", 3, "TextElementErmittlung"));
 }
 
 TEST_F(DefinitionFileTest, NameIsDecodedBeforeTheSearch) {
     tree.Write("My App.ini", "|\nA|n|1\n");
-    ASSERT_EQ(ErmittleEingabe("My%20App", &owned.list, &owned.count, nullptr, 0), 0);
-    EXPECT_EQ(owned.count, 1);
+    ASSERT_EQ(ErmittleEingabe("My%20App", &owned.list(), &owned.count(), nullptr, 0), 0);
+    EXPECT_EQ(owned.count(), 1);
 }
 
 struct FileCase {
@@ -201,10 +202,10 @@ class DefinitionFileContentTest : public DefinitionFileTest, public ::testing::W
 
 TEST_P(DefinitionFileContentTest, IsReadWithinItsLines) {
     tree.Write("App.ini", GetParam().content);
-    ASSERT_EQ(ErmittleEingabe("App", &owned.list, &owned.count, nullptr, 0), 0);
-    ASSERT_EQ(owned.count, GetParam().count);
-    EXPECT_STREQ(owned.list[0].Name, "A");
-    EXPECT_STREQ(owned.list[0].Vorgabe, GetParam().aDefault);
+    ASSERT_EQ(ErmittleEingabe("App", &owned.list(), &owned.count(), nullptr, 0), 0);
+    ASSERT_EQ(owned.count(), GetParam().count);
+    EXPECT_STREQ(owned.list()[0].Name, "A");
+    EXPECT_STREQ(owned.list()[0].Vorgabe, GetParam().aDefault);
 }
 
 INSTANTIATE_TEST_SUITE_P(Contents, DefinitionFileContentTest, ::testing::Values(
@@ -212,44 +213,44 @@ INSTANTIATE_TEST_SUITE_P(Contents, DefinitionFileContentTest, ::testing::Values(
     FileCase{"NoFinalLineEnd", "|\nA|n|last", "last", 1},
     FileCase{"NulEndsTheLine", std::string("|\nA|n|x\0yy|z\nB|n|\n", 18), "x", 2},
     FileCase{"EmptyDefault", "|\nA|n|\n", "", 1}),
-    [](const auto &info) { return std::string(info.param.what); });
+    [](const auto &row) { return std::string(row.param.what); });
 
 TEST_F(DefinitionFileTest, LongFileLineIsReadInPieces) {
     tree.Write("App.ini", "|\nLong|n|" + std::string(5000, 'x') + "\nNext|n|1\n");
-    ASSERT_EQ(ErmittleEingabe("App", &owned.list, &owned.count, nullptr, 0), 0);
-    ASSERT_EQ(owned.count, 2);
-    EXPECT_EQ(owned.list[0].Vorgabe, std::string(4095 - 7, 'x'));
-    EXPECT_STREQ(owned.list[1].Name, "Next");
+    ASSERT_EQ(ErmittleEingabe("App", &owned.list(), &owned.count(), nullptr, 0), 0);
+    ASSERT_EQ(owned.count(), 2);
+    EXPECT_EQ(owned.list()[0].Vorgabe, std::string(4095 - 7, 'x'));
+    EXPECT_STREQ(owned.list()[1].Name, "Next");
     EXPECT_EQ(page.Text(), Message("App.ini", 3, "Name"));
 }
 
 TEST_F(DefinitionFileTest, EmptySeparatorLineFindsNoNames) {
     tree.Write("App.ini", std::string("\0|\nA|n|1\n", 9));
-    ASSERT_EQ(ErmittleEingabe("App", &owned.list, &owned.count, nullptr, 0), 0);
-    EXPECT_EQ(owned.count, 0);
+    ASSERT_EQ(ErmittleEingabe("App", &owned.list(), &owned.count(), nullptr, 0), 0);
+    EXPECT_EQ(owned.count(), 0);
     EXPECT_EQ(page.Text(), "<! ErmittleEingabe: Fehler in 'App.ini' Zeile '2': Kein '' hinter 'Name'gefunden>\n");
 }
 
 TEST_F(DefinitionFileTest, MissingOrEmptyFileFails) {
     ASSERT_EQ(Read(Block({"|", "Kept|n|1"})), 0);
     tree.Write("Empty.ini", "");
-    EXPECT_EQ(ErmittleEingabe("Missing", &owned.list, &owned.count, nullptr, 0), 1);
-    EXPECT_EQ(ErmittleEingabe("Empty", &owned.list, &owned.count, nullptr, 0), 1);
-    EXPECT_EQ(owned.count, 1);
+    EXPECT_EQ(ErmittleEingabe("Missing", &owned.list(), &owned.count(), nullptr, 0), 1);
+    EXPECT_EQ(ErmittleEingabe("Empty", &owned.list(), &owned.count(), nullptr, 0), 1);
+    EXPECT_EQ(owned.count(), 1);
 }
 
 TEST_F(DefinitionFileTest, RequestedNameCannotLeaveTheSearchPlaces) {
     // The application runs in app/; a definition of the same name lies outside.
     tree.Write("passwd.ini", "|\nOutside|n|1\n");
     tree.Write("app/passwd.ini", "|\nInside|n|1\n");
-    CurrentDirectory application(tree.Root() / "app");
-    const std::string absolute = (tree.Root() / "passwd").string();
+    CurrentDirectory application(tree.path() + "/app");
+    const std::string absolute = tree.path() + "/passwd";
     for (const std::string &name : {std::string("..%2F..%2Fetc%2Fpasswd"), std::string("..%2Fpasswd"),
                                     std::string("..%5Cpasswd"), std::string("../passwd"), absolute}) {
-        OwnedList list;
-        EXPECT_EQ(ErmittleEingabe(name.c_str(), &list.list, &list.count, nullptr, 0), 0) << name;
-        ASSERT_EQ(list.count, 1) << name;
-        EXPECT_STREQ(list.list[0].Name, "Inside") << name;
+        InputList list;
+        EXPECT_EQ(ErmittleEingabe(name.c_str(), &list.list(), &list.count(), nullptr, 0), 0) << name;
+        ASSERT_EQ(list.count(), 1) << name;
+        EXPECT_STREQ(list.list()[0].Name, "Inside") << name;
     }
 }
 

@@ -7,13 +7,14 @@
 #include <vector>
 
 #include "kx_input.h"
+#include "support/kx_test.h"
 #include "support/request_fixtures.h"
 
 namespace {
 
-using kx::testing::CurrentDirectory;
-using kx::testing::OwnedList;
-using kx::testing::ScratchTree;
+using kx::test::CurrentDirectory;
+using kx::test::InputList;
+using kx::test::TempDir;
 
 // A list declared from definition lines (names with their defaults), e.g.
 // {"RootPath|n|base"}; the keyword index globals follow it.
@@ -31,17 +32,17 @@ protected:
         block.push_back('\0');
         for (const std::string &line : lines) block.append(line).push_back('\0');
         block.push_back('\0');
-        ASSERT_EQ(ErmittleEingabe(block.c_str(), &owned.list, &owned.count, nullptr, 0), 0);
+        ASSERT_EQ(ErmittleEingabe(block.c_str(), &owned.list(), &owned.count(), nullptr, 0), 0);
     }
     std::string Found(const char *name, const std::string &settings = {}, int settingsCount = 0) {
         const char *block = settings.empty() ? nullptr : settings.c_str();
-        const char *found = SearchForFile(name, owned.list, owned.count, block, settingsCount, nullptr);
+        const char *found = SearchForFile(name, owned.list(), owned.count(), block, settingsCount, nullptr);
         return found != nullptr ? found : "(none)";
     }
 
-    ScratchTree tree;
-    CurrentDirectory inside{tree.Root()};
-    OwnedList owned;
+    TempDir tree;
+    CurrentDirectory inside{tree.path()};
+    InputList owned;
 };
 
 struct OrderCase {
@@ -87,13 +88,13 @@ INSTANTIATE_TEST_SUITE_P(Places, SearchOrderTest, ::testing::Values(
     OrderCase{"SettingsBeyondTheirCount", {"sc/x.ini"}, {}, std::string("Other=1\0CGIPath=sc\0", 19), 1,
               "(none)"},
     OrderCase{"Nowhere", {"elsewhere/x.ini"}, kAllDirectories, kSettings, 2, "(none)"}),
-    [](const auto &info) { return std::string(info.param.what); });
+    [](const auto &row) { return std::string(row.param.what); });
 
 TEST_F(SearchTest, EntryValueWinsOverItsDefault) {
     tree.Write("value/x.ini", "x");
     Declare({"CGIPath|n|default"});
-    owned.list[0].Wert = strdup("--value");
-    owned.list[0].WertPosition = 2;
+    owned.list()[0].Wert = strdup("--value");
+    owned.list()[0].WertPosition = 2;
     EXPECT_EQ(Found("x.ini"), "value/x.ini");
 }
 
@@ -108,9 +109,9 @@ TEST_F(SearchTest, PeerScanFallsBackToTheConsoleDefinition) {
     tree.Write("Korvanetix/Korvanetix.ini", "|\nConsole|n|1\n");
     EXPECT_EQ(Found("peerscan.INI"), "Korvanetix/Korvanetix.ini");
     EXPECT_EQ(Found("Other.ini"), "(none)");
-    ASSERT_EQ(ErmittleEingabe("PeerScan", &owned.list, &owned.count, nullptr, 0), 0);
-    ASSERT_EQ(owned.count, 1);
-    EXPECT_STREQ(owned.list[0].Name, "Console");
+    ASSERT_EQ(ErmittleEingabe("PeerScan", &owned.list(), &owned.count(), nullptr, 0), 0);
+    ASSERT_EQ(owned.count(), 1);
+    EXPECT_STREQ(owned.list()[0].Name, "Console");
 }
 
 TEST_F(SearchTest, OpensTheFileFoundAndClearsTheStreamOtherwise) {
@@ -176,19 +177,19 @@ TEST_F(SearchTest, ApplicationFilePathWhereTheFileIs) {
     tree.Write("base/root/app/data/f.txt", "x");
     Declare({"RootPath|n|base", "RootDirectory|n|root", "Application|n|app"});
     char buffer[KX_PATH_SIZE];
-    CreateApplicationFilePath(owned.list, owned.count, buffer, "data%2F", "f.txt");
+    CreateApplicationFilePath(owned.list(), owned.count(), buffer, "data%2F", "f.txt");
     EXPECT_STREQ(buffer, "base/root/app/data/f.txt");
     tree.Write("data/f.txt", "x");
-    CreateApplicationFilePath(owned.list, owned.count, buffer, "data%2F", "f.txt");
+    CreateApplicationFilePath(owned.list(), owned.count(), buffer, "data%2F", "f.txt");
     EXPECT_STREQ(buffer, "data/f.txt");
 }
 
 TEST_F(SearchTest, ApplicationFilePathWhereTheFileBelongs) {
     Declare({"RootPath|n|base", "RootDirectory|n|root", "Application|n|app"});
     char buffer[KX_PATH_SIZE];
-    CreateApplicationFilePath(owned.list, owned.count, buffer, "data%5C", "sub\\new.txt");
+    CreateApplicationFilePath(owned.list(), owned.count(), buffer, "data%5C", "sub\\new.txt");
     EXPECT_STREQ(buffer, "base/root/app/data/sub/new.txt");
-    CreateApplicationFilePath(owned.list, owned.count, buffer, nullptr, "new.txt");
+    CreateApplicationFilePath(owned.list(), owned.count(), buffer, nullptr, "new.txt");
     EXPECT_STREQ(buffer, "base/root/app/new.txt");
 }
 
@@ -196,10 +197,10 @@ TEST_F(SearchTest, ApplicationFilePathWithoutDirectories) {
     Declare({"Application|n|app"});
     char buffer[KX_PATH_SIZE];
     // Without RootPath, RootDirectory and Application still place the file.
-    CreateApplicationFilePath(owned.list, owned.count, buffer, "d/", "new.txt");
+    CreateApplicationFilePath(owned.list(), owned.count(), buffer, "d/", "new.txt");
     EXPECT_STREQ(buffer, "app/d/new.txt");
     const std::string overlong(5000, 'f');
-    CreateApplicationFilePath(owned.list, owned.count, buffer, nullptr, overlong.c_str());
+    CreateApplicationFilePath(owned.list(), owned.count(), buffer, nullptr, overlong.c_str());
     EXPECT_EQ(strlen(buffer), KX_PATH_SIZE - 1u);
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "companion/libKXUtils.h"
+#include "support/kx_test.h"
 #include "support/request_fixtures.h"
 
 namespace {
@@ -24,11 +25,11 @@ INSTANTIATE_TEST_SUITE_P(Paths, KXUtilsBasenameTest, ::testing::Values(
 TEST(KXUtilsBasename, NullPath) { EXPECT_EQ(KXUtilsBasename(nullptr, 0), nullptr); }
 
 TEST(KXUtilsFileExists, FilesAndDirectoriesExist) {
-    kx::testing::ScratchTree tree;
+    kx::test::TempDir tree;
     tree.Write("sub/file", "x");
-    EXPECT_EQ(KXUtilsFileExists((tree.Root() / "sub/file").c_str()), 0);
-    EXPECT_EQ(KXUtilsFileExists((tree.Root() / "sub").c_str()), 0);
-    EXPECT_EQ(KXUtilsFileExists((tree.Root() / "missing").c_str()), -1);
+    EXPECT_EQ(KXUtilsFileExists((tree.path() + "/sub/file").c_str()), 0);
+    EXPECT_EQ(KXUtilsFileExists((tree.path() + "/sub").c_str()), 0);
+    EXPECT_EQ(KXUtilsFileExists((tree.path() + "/missing").c_str()), -1);
     EXPECT_EQ(KXUtilsFileExists(""), -1);
     EXPECT_EQ(KXUtilsFileExists(nullptr), -1);
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-using kx::testing::StandardInputPipe;
+using kx::test::StandardInputPipe;
 
 struct PostedCase {
     const char *what;
@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, PostedTest, ::testing::Values(
     PostedCase{"OneMoreThanTheFirstBlock", 8, 8},
     PostedCase{"DefaultSize", -5, 5000},
     PostedCase{"SizeOne", 1, 300}),
-    [](const auto &info) { return std::string(info.param.what); });
+    [](const auto &row) { return std::string(row.param.what); });
 
 TEST(Posted, EmptyInputGivesNullAndLengthZero) {
     StandardInputPipe input;
