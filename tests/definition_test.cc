@@ -139,6 +139,14 @@ TEST_F(DefinitionTest, NullApplicationIsReported) {
     EXPECT_EQ(page.Text(), "<! ErmittleEingabe: Anwendung == NULL>\n");
 }
 
+TEST_F(DefinitionTest, NullListOrCountAddressFails) {
+    const std::string block = Block({"|", "A|n|1"});
+    EXPECT_EQ(ErmittleEingabe(block.c_str(), nullptr, &owned.count(), nullptr, 0), 1);
+    EXPECT_EQ(ErmittleEingabe2(block.c_str(), &owned.list(), nullptr, nullptr, nullptr, 0), 1);
+    EXPECT_EQ(_pEingabe, nullptr);
+    EXPECT_EQ(page.Text(), "");
+}
+
 TEST_F(DefinitionTest, EmptyCountNeedsNoInitialisedList) {
     owned.list() = reinterpret_cast<EingabeElement *>(0x10);  // never read
     ASSERT_EQ(Read(Block({"|", "A|n|1"})), 0);
@@ -214,6 +222,12 @@ INSTANTIATE_TEST_SUITE_P(Contents, DefinitionFileContentTest, ::testing::Values(
     FileCase{"NulEndsTheLine", std::string("|\nA|n|x\0yy|z\nB|n|\n", 18), "x", 2},
     FileCase{"EmptyDefault", "|\nA|n|\n", "", 1}),
     [](const auto &row) { return std::string(row.param.what); });
+
+TEST_F(DefinitionFileTest, DirectoryOfThatNameFails) {
+    tree.Write("App.ini/inside", "");
+    EXPECT_EQ(ErmittleEingabe("App", &owned.list(), &owned.count(), nullptr, 0), 1);
+    EXPECT_EQ(owned.count(), 0);
+}
 
 TEST_F(DefinitionFileTest, LongFileLineIsReadInPieces) {
     tree.Write("App.ini", "|\nLong|n|" + std::string(5000, 'x') + "\nNext|n|1\n");

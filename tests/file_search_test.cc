@@ -87,6 +87,10 @@ INSTANTIATE_TEST_SUITE_P(Places, SearchOrderTest, ::testing::Values(
               2, "sc/deep/sd/x.ini"},
     OrderCase{"SettingsBeyondTheirCount", {"sc/x.ini"}, {}, std::string("Other=1\0CGIPath=sc\0", 19), 1,
               "(none)"},
+    OrderCase{"SettingsNameWithoutValue", {"sd/x.ini"}, {}, std::string("CGIPath\0CGIDirectory=sd\0", 24), 2,
+              "sd/x.ini"},
+    OrderCase{"FirstSettingWins", {"second/x.ini"}, {}, std::string("CGIPath=first\0CGIPath=second\0", 30), 2,
+              "(none)"},
     OrderCase{"Nowhere", {"elsewhere/x.ini"}, kAllDirectories, kSettings, 2, "(none)"}),
     [](const auto &row) { return std::string(row.param.what); });
 
@@ -103,6 +107,15 @@ TEST_F(SearchTest, ApplicationValueCountsByItsBaseName) {
     tree.Write("app/x.ini", "outside");
     Declare({"RootPath|n|base", "Application|n|../../app"});
     EXPECT_EQ(Found("x.ini"), "base/app/x.ini");
+}
+
+TEST_F(SearchTest, IndexGlobalsBeyondTheListAreLeftOut) {
+    tree.Write("base/x.ini", "x");
+    tree.Write("cgi/x.ini", "x");
+    Declare({"A|n|", "RootPath|n|base", "CGIPath|n|cgi"});
+    EXPECT_EQ(Found("x.ini"), "base/x.ini");
+    // A shorter list than the one that declared the keywords: nothing past it is read.
+    EXPECT_EQ(SearchForFile("x.ini", owned.list(), 1, nullptr, 0, nullptr), nullptr);
 }
 
 TEST_F(SearchTest, PeerScanFallsBackToTheConsoleDefinition) {
@@ -165,6 +178,19 @@ INSTANTIATE_TEST_SUITE_P(Pieces, DirectorynameTest, ::testing::Values(
     JoinCase{"a", "b", nullptr, "a/b/"},
     JoinCase{"a%20b", nullptr, "c+d", "a b/c d"},
     JoinCase{nullptr, nullptr, nullptr, ""}));
+
+TEST(Directoryname, JoinsWithTheDirectorySeparator) {
+    const char *saved = Verzeichnistrenner;
+    Verzeichnistrenner = "\\";
+    char *backslashed = CreateDirectoryname("a", "b", "c");
+    Verzeichnistrenner = "";
+    char *unset = CreateDirectoryname("a", "b", "c");
+    Verzeichnistrenner = saved;
+    EXPECT_STREQ(backslashed, "a\\b\\c");
+    EXPECT_STREQ(unset, "a/b/c");
+    free(backslashed);
+    free(unset);
+}
 
 TEST(Directoryname, StaysBelowThePathSize) {
     const std::string piece(3000, 'p');
