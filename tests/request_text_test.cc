@@ -1,5 +1,4 @@
-// Finding a key's value in a query, cutting element ranges, base names and
-// the keyword table.
+// Finding a key's value in a query, cutting element ranges, base names.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -116,32 +115,5 @@ INSTANTIATE_TEST_SUITE_P(Paths, BasenameTest, ::testing::Values(
     BaseCase{"/", 1}, BaseCase{"", 0}, BaseCase{"dir/", 4}));
 
 TEST(Basename, NullPath) { EXPECT_EQ(HTMLBasename(nullptr), nullptr); }
-
-TEST(KeywordTable, TenKeywordsWithTheirGlobals) {
-    const struct {
-        const char *word;
-        int *index;
-    } expected[] = {
-        {"Server", &iServer}, {"CGIDirectory", &iCGIDirectory}, {"RootDirectory", &iRootDirectory},
-        {"Application", &iApplication}, {"Ersetzungsanfang", &iErsetzungsAnfang},
-        {"Ersetzungsende", &iErsetzungsEnde}, {"ImagePath", &iImagePath}, {"RootPath", &iRootPath},
-        {"CGIPath", &iCGIPath}, {"AppSuffix", &iAppSuffix},
-    };
-    ASSERT_EQ(SchluesselworteAnzahl, 10);
-    for (int row = 0; row < SchluesselworteAnzahl; ++row) {
-        EXPECT_STREQ(Schluesselworte[row].Wort, expected[row].word);
-        EXPECT_EQ(Schluesselworte[row].Index, expected[row].index);
-        EXPECT_EQ(*Schluesselworte[row].Index, -1) << "nothing declared in this program";
-    }
-}
-
-TEST(ProcessGlobals, StartValues) {
-    EXPECT_STREQ(Verzeichnistrenner, "/");
-    EXPECT_EQ(_Utilsfpout, nullptr);
-    EXPECT_EQ(_UtilsFirst, 0);
-    EXPECT_EQ(_UtilsWhat, 0);
-    EXPECT_EQ(_IniFilename[0], nullptr);
-    EXPECT_EQ(_IniFilename[1], nullptr);
-}
 
 }  // namespace
