@@ -21,7 +21,9 @@ inline std::string Convert(KonvertierungsFunktion handler, const std::string &ar
     char *passed = value ? valueCopy.data() : nullptr;
     char *result = handler(writable.data(), passed, cycleIndex);
     EXPECT_EQ(writable, argument) << "the argument is left as it was";
-    if (value != nullptr) EXPECT_EQ(valueCopy, value) << "the value is left as it was";
+    if (value != nullptr) {
+        EXPECT_EQ(valueCopy, value) << "the value is left as it was";
+    }
     std::string printed = result ? result : "<null>";
     if (result != passed) std::free(result);
     return printed;
