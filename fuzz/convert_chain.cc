@@ -16,7 +16,8 @@ namespace {
 bool TouchesTheSystem(std::string chain) {
     std::transform(chain.begin(), chain.end(), chain.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    for (const char *name : {"_f", "_call", "_mktemp", "_createdir", "_listdir", "_ping",
+    for (const char *name : {"_fremove", "_mktemp", "_createdir", "_listdir", "_fcreate",
+                             "_frename", "_fexists", "_fcopy", "_fwrite", "_call", "_ping",
                              "_hostname", "_ipaddress", "_iniread"})
         if (chain.find(name) != std::string::npos) return true;
     return false;
