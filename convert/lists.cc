@@ -79,7 +79,8 @@ char *DivideList(std::string_view argument, std::string_view value, int cycleInd
     const std::string rest = Evaluate(parts.has_rest ? parts.rest : argument, cycleIndex);
     const std::vector<std::string_view> fields = Split(rest, ',');
     int64_t step = ReadInt(fields[0]);
-    if (fields.size() >= 4) step = std::max<int64_t>(step, ReadInt(fields[3]));
+    // Behind the size come a count that is not used and the minimum step.
+    if (fields.size() >= 3) step = std::max<int64_t>(step, ReadInt(fields[2]));
     const int64_t total = ReadInt(value);
     std::string pages = "1";
     for (int64_t page = 2; step >= 1 && total - (page - 1) * step >= 1; ++page) {

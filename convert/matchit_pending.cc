@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-extern "C" char *MatchIt(char *text, const char * /*marker*/, int /*cycleIndex*/,
+extern "C" char *MatchIt(const char *text, const char * /*marker*/, int /*cycleIndex*/,
                          const char * /*encodeChars*/) {
     return text == nullptr ? nullptr : strdup(text);
 }

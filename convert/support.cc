@@ -10,7 +10,8 @@
 #include "kx_input.h"
 
 // The placeholder evaluation of the page engine.
-extern "C" char *MatchIt(char *text, const char *marker, int cycleIndex, const char *encodeChars);
+extern "C" char *MatchIt(const char *text, const char *marker, int cycleIndex,
+                        const char *encodeChars);
 
 namespace kx::convert {
 
