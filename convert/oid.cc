@@ -28,21 +28,21 @@ std::size_t ComponentStart(std::string_view oid, int64_t n) {
 }
 
 // "i" and a number is an offset; a plain number a component.
-std::size_t StartOffset(std::string_view oid, std::string_view spec) {
-    if (!spec.empty() && spec[0] == 'i') return Clamp(ReadInt(spec.substr(1)), oid.size());
-    return ComponentStart(oid, ReadInt(spec));
+std::size_t StartOffset(std::string_view oid, std::string_view bound) {
+    if (!bound.empty() && bound[0] == 'i') return Clamp(ReadInt(bound.substr(1)), oid.size());
+    return ComponentStart(oid, ReadInt(bound));
 }
 
-// Where an end spec ends the part that begins at start; nothing when the
+// Where an end text ends the part that begins at start; nothing when the
 // part is empty.
-std::optional<std::size_t> EndOffset(std::string_view oid, std::size_t start, std::string_view spec) {
-    if (spec.empty()) return oid.size();
-    if (spec[0] == 'i') {
-        const int64_t end = ReadInt(spec.substr(1));
+std::optional<std::size_t> EndOffset(std::string_view oid, std::size_t start, std::string_view bound) {
+    if (bound.empty()) return oid.size();
+    if (bound[0] == 'i') {
+        const int64_t end = ReadInt(bound.substr(1));
         if (end < 0) return std::nullopt;
         return Clamp(end, oid.size());
     }
-    const int64_t components = ReadInt(spec);
+    const int64_t components = ReadInt(bound);
     if (components < 1) return std::nullopt;
     std::size_t at = start < oid.size() && oid[start] == '.' ? start + 1 : start;
     for (int64_t i = 0; i < components; ++i) {
@@ -76,19 +76,19 @@ std::optional<std::size_t> KnownObjectEnd(const std::string &oid) {
 char *SubOid(std::string_view argument, std::string_view value) {
     const bool fromMib = argument.empty() || argument.starts_with(",,");
     std::size_t start = 0;
-    std::string_view endSpec;
+    std::string_view endText;
     if (fromMib) {
         const std::string oid{value};
         std::optional<std::size_t> known = KnownObjectEnd(oid);
         if (!known) return CopyOut(value);
         start = *known;
-        endSpec = argument.substr(std::min<std::size_t>(2, argument.size()));
+        endText = argument.substr(std::min<std::size_t>(2, argument.size()));
     } else {
         const Cut parts = CutAt(argument.substr(1), ',');
         start = StartOffset(value, parts.head);
-        endSpec = parts.rest;
+        endText = parts.rest;
     }
-    std::optional<std::size_t> end = EndOffset(value, start, endSpec);
+    std::optional<std::size_t> end = EndOffset(value, start, endText);
     if (!end || *end <= start) return CopyOut(kNotAvailable);
     return CopyOut(value.substr(start, *end - start));
 }
