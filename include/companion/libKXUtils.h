@@ -16,6 +16,10 @@ KX_API const char *KXUtilsBasename(const char *path, int flag);
 /* 0 when path names an existing file or directory, -1 otherwise. */
 KX_API int KXUtilsFileExists(const char *path);
 
+/* Pointer into text to the last occurrence of needle (an empty needle: the
+ * text's terminating NUL); NULL when there is none or an argument is NULL. */
+KX_API char *KXUtils_strrstr(const char *text, const char *needle);
+
 KX_EXTERN_C_END
 
 #endif
