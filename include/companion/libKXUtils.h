@@ -41,6 +41,10 @@ KX_API char *KXUtilsStringReplace(const char *text, const char *from, const char
 /* Releases a text or block that a KXUtils operation returned; NULL is fine. */
 KX_API void KXUtilsFreeResources(void *resource);
 
+/* Pointer into text to the last occurrence of needle (an empty needle: the
+ * text's terminating NUL); NULL when there is none or an argument is NULL. */
+KX_API char *KXUtils_strrstr(const char *text, const char *needle);
+
 KX_EXTERN_C_END
 
 #endif
