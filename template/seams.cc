@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "kx_convert.h"
+
 extern "C" char *WertzuweisungEingabe(int count, const char *text, int *pCount, EingabeElement **pList,
                                       const char *divider);
 
@@ -12,18 +14,15 @@ namespace kx::tmpl {
 // every condition is false.
 bool CompareStep(const Comparison & /*comparison*/) { return false; }
 
-// DetermineConversion of the conversion table answers here. Without a table
-// a branch holds no chain, and only "_this" is marked, so that text before it
-// stays in front of the value.
 ConversionChain FindConversion(char *branch) {
-    char *underscore = std::strchr(branch, '_');
-    const bool isThis = underscore != nullptr && std::strncmp(underscore, "_this", 5) == 0;
-    return {branch, isThis ? underscore : nullptr};
+    char *start = nullptr;
+    char *name = DetermineConversion(branch, &start);
+    return {name, start};
 }
 
-// ConvertIt(branch, unbounded, value, 1, cycleIndex) of the conversion table
-// applies the chain here; without a table the value passes unchanged.
-char *ApplyConversion(char * /*branch*/, char *value, int /*cycleIndex*/) { return value; }
+char *ApplyConversion(char *branch, char *value, int cycleIndex) {
+    return ConvertIt(branch, KX_CONVERT_UNBOUNDED, value, 1, cycleIndex);
+}
 
 void AssignValues(char *text, int *pCount, EingabeElement **pList, const char *divider) {
     WertzuweisungEingabe(1, text, pCount, pList, divider);

@@ -36,7 +36,7 @@ struct ConversionChain {
 ConversionChain FindConversion(char *branch);
 
 // Conversion step, second half: applies the chain of branch to value (a heap
-// text, given away); returns value itself or a new heap text.
+// text, given away); returns value itself, a new heap text, or NULL.
 char *ApplyConversion(char *branch, char *value, int cycleIndex);
 
 // Assignment step: stores the assignment text "name=v1~v2" into the list.

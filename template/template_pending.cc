@@ -1,18 +1,5 @@
-// Stand-ins for request set-up names until they land; removed then.
-#include <cstdio>
+// Stand-in for the value assignment until it lands; removed then.
 #include "kx_input.h"
-extern "C" {
-FILE *_Utilsfpout = nullptr;
-int iErsetzungsAnfang = -1;
-int iErsetzungsEnde = -1;
-const char *Verzeichnistrenner = "/";
-const char *HTMLBasename(const char *path) {
-    const char *base = path;
-    for (const char *p = path; *p; ++p)
-        if (*p == '/' || *p == '\\') base = p + 1;
-    return base;
-}
-}
 #include <cstdlib>
 #include <cstring>
 #include <string>

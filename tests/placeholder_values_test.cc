@@ -210,6 +210,9 @@ TEST_F(Placeholders, ControlBranches) {
     EXPECT_EQ(Control("{=_this==1?A:is _this}", "Name"), "is 12");
     EXPECT_EQ(Control("{=_this==1?A:javascript%3Ago(_this)}", "Name"), "javascript:go(12)");
     EXPECT_EQ(Control("{=_numeric._this==1?A:B}", "Name"), "B");
+    EXPECT_EQ(Control("{=_this==1?A:_hex._this}", "Name"), "c") << "a conversion of the value";
+    EXPECT_EQ(Control("{=_this==1?A:Hex: _hex.{Name}}", "Name"), "Hex: c")
+        << "text before the chain stays in front";
     EXPECT_EQ(_ThisValueIndex, -1);
 }
 
