@@ -1,0 +1,89 @@
+// File-mode throughput of the template processor on 16 MiB templates, one
+// without placeholders and one dense with them, against copying the same
+// bytes with fread/fwrite.
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "kx_template.h"
+#include "measure.h"
+
+namespace {
+
+constexpr size_t kVolume = 16u << 20;
+
+// One value each; the list lives for the whole run.
+struct List {
+    EingabeElement *entries = nullptr;
+    int count = 0;
+    void Add(const char *name, const char *value) {
+        entries = static_cast<EingabeElement *>(realloc(entries, sizeof(EingabeElement) * (count + 1)));
+        entries[count++] = EingabeElement{strdup(name), static_cast<uint32_t>(strlen(name)), strdup(value), 1, 0,
+                                          'n', nullptr};
+    }
+};
+
+std::string Repeated(const char *line, size_t size) {
+    std::string text;
+    text.reserve(size + 256);
+    while (text.size() < size) text += line;
+    return text;
+}
+
+std::string WriteFile(const std::string &directory, const char *name, const std::string &content) {
+    const std::string path = directory + "/" + name;
+    FILE *file = std::fopen(path.c_str(), "wb");
+    std::fwrite(content.data(), 1, content.size(), file);
+    std::fclose(file);
+    return path;
+}
+
+void Copy(const std::string &path, FILE *sink) {
+    FILE *in = std::fopen(path.c_str(), "r");
+    char buffer[4096];
+    for (size_t got; (got = std::fread(buffer, 1, sizeof buffer, in)) > 0;) std::fwrite(buffer, 1, got, sink);
+    std::fclose(in);
+}
+
+void Measure(const char *name, const std::string &path, List &list, FILE *sink) {
+    const double page = kx::bench::BestSeconds([&] {
+        ErsetzeUndGebeHtmlDateiAus(path.c_str(), nullptr, 0, 1, &list.count, &list.entries);
+    }, 3);
+    const double copy = kx::bench::BestSeconds([&] { Copy(path, sink); }, 3);
+    kx::bench::PrintRate(name, static_cast<double>(kVolume), page, "fread/fwrite", copy);
+}
+
+}  // namespace
+
+int main() {
+    char pattern[] = "/tmp/kx-bench-template.XXXXXX";
+    if (mkdtemp(pattern) == nullptr) return 1;
+    const std::string directory = pattern;
+    List list;
+    list.Add("Ersetzungsanfang", "{");
+    list.Add("Ersetzungsende", "}");
+    list.Add("user", "bob");
+    list.Add("host", "blade-07.lab");
+    list.Add("state", "2 - Warning");
+    list.Add("query", "a b&c");
+    FILE *sink = std::fopen("/dev/null", "w");
+    _Utilsfpout = sink;
+    const std::string plain = WriteFile(
+        directory, "plain.htm",
+        Repeated("<tr><td class=\"name\">Server</td><td>running since boot, no faults</td></tr>\n", kVolume));
+    const std::string dense = WriteFile(
+        directory, "dense.htm",
+        Repeated("<tr><td>{user}</td><td>{host}</td><td>{state}</td><td>{{query}}</td><td>{nope}</td></tr>\n",
+                 kVolume));
+    Measure("template without placeholders", plain, list, sink);
+    Measure("template dense with placeholders", dense, list, sink);
+    _Utilsfpout = nullptr;
+    std::fclose(sink);
+    unlink(plain.c_str());
+    unlink(dense.c_str());
+    rmdir(directory.c_str());
+    return 0;
+}
