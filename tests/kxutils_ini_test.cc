@@ -54,8 +54,11 @@ TEST_F(IniFile, OneKey) {
     for (const auto &[section, key, count, value] : cases) {
         const Read r(path_, section, key);
         EXPECT_EQ(r.count, count) << key;
-        if (count == 1) EXPECT_STREQ(r.pairs[1], value.c_str()) << key;
-        if (count == 0) EXPECT_EQ(r.pairs, nullptr);
+        if (count == 1) {
+            EXPECT_STREQ(r.pairs[1], value.c_str()) << key;
+        } else {
+            EXPECT_EQ(r.pairs, nullptr) << key;
+        }
     }
 }
 

@@ -182,3 +182,46 @@ TEST_F(Processor, UnbalancedAndDeepTemplates) {
 }
 
 }  // namespace
+
+namespace {
+
+// DeleteComment on a first line and the lines after it; what it returns and
+// the line the buffer holds afterwards.
+struct CommentCase {
+    const char *first;
+    const char *rest;
+    int result;
+    const char *line;
+};
+
+TEST(DeleteComment, Table) {
+    const std::vector<CommentCase> cases = {
+        {"<!-- $Copyright$\n", "a\n-->\nnext\n", 3, "next\n"},
+        {"<!-- $Copyright$ -->\n", "a\nb>\nnext\n", 3, "next\n"},
+        {"\t /* $Copyright$\n", "*/\nnext\n", 2, "next\n"},
+        {"// $Copyright$\n", "// more\nnext\n", 2, "next\n"},
+        {"// $Copyright$\n", "next\n", 1, "next\n"},
+        {"<!-- no notice\n", "x\n", 0, "<!-- no notice\n"},
+        {"# $Copyright$\n", "x\n", 0, "# $Copyright$\n"},
+        {"<!-- $Copyright$\n", "a\n", -1, nullptr},
+        {"<!-- $Copyright$\n", "-->\n", -1, nullptr},
+    };
+    for (const CommentCase &c : cases) {
+        std::string rest = c.rest;
+        FILE *stream = fmemopen(rest.data(), rest.size(), "r");
+        char line[64];
+        std::snprintf(line, sizeof line, "%s", c.first);
+        EXPECT_EQ(DeleteComment(stream, line, sizeof line), c.result) << c.first << c.rest;
+        if (c.line != nullptr) EXPECT_STREQ(line, c.line) << c.first << c.rest;
+        std::fclose(stream);
+    }
+}
+
+TEST(DeleteComment, BadArguments) {
+    char line[8] = "x";
+    EXPECT_EQ(DeleteComment(nullptr, line, 8), -2);
+    EXPECT_EQ(DeleteComment(stdin, nullptr, 8), -2);
+    EXPECT_EQ(DeleteComment(stdin, line, 0), -2);
+}
+
+}  // namespace
