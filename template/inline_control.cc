@@ -166,6 +166,7 @@ struct Condition {
 };
 
 // Decides the condition; false when the left operand names no entry.
+// *usable becomes false when the left operand names nothing at all.
 bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
     int leftIndex = -1;
     int leftValueIndex = -1;
@@ -173,12 +174,13 @@ bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
     if (cond.type == "_file") {
         fileText = FileTest(cond.left);
     } else if (cond.left.starts_with("{")) {
-        if (!LeftEntry(ctl, cond.left, &leftIndex, &leftValueIndex)) return *usable = false;
+        *usable = LeftEntry(ctl, cond.left, &leftIndex, &leftValueIndex);
     } else {
-        if (EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex) == nullptr) return *usable = false;
+        *usable = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex) != nullptr;
         leftIndex = ctl.elementIndex;
         leftValueIndex = ctl.valueIndex;
     }
+    if (!*usable) return false;
     EingabeElement *left = EntryAt(ctl.pCount, ctl.pList, leftIndex);
     if (left == nullptr && cond.type != "_file") return false;
     const CyclePosition position(cond.left.starts_with("{") ? left : nullptr, ctl.cycleIndex);

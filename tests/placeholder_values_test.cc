@@ -216,6 +216,13 @@ TEST_F(Placeholders, ControlBranches) {
     EXPECT_EQ(_ThisValueIndex, -1);
 }
 
+TEST_F(Placeholders, SelfEvaluatingValueEnds) {
+    Set("loop", "{loop}{=_this==1?A:_this!}");
+    const std::string page = Page("{loop}{=_this==1?A:_this!}\n");
+    EXPECT_EQ(page.substr(page.size() - 3), "!!\n") << "each evaluation adds one mark, up to the bound";
+    EXPECT_LT(page.size(), 4096u);
+}
+
 TEST_F(Placeholders, ControlOnThePage) {
     EXPECT_EQ(Page("[{Name}{=?on:off}] [{Name}{=_this==1?A:{other}}]\n"), "[on] [{other}]\n");
 }
