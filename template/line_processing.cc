@@ -106,6 +106,8 @@ char *Dispatch(Invocation &inv, Placeholder &ph, char *pos) {
 char *Step(Invocation &inv, char *pos) {
     char *start = inv.markersDefined ? std::strstr(pos, inv.startMarker.c_str()) : nullptr;
     if (start == nullptr) return EndOfText(inv, pos);
+    // A level collecting a cycle body stores a line whose placeholder is a
+    // DEFINE here, unprocessed.
     Placeholder ph;
     ph.P = start;
     ph.E = std::strstr(start + 1, inv.endMarker.c_str());

@@ -1,5 +1,7 @@
 #include "template/markers.h"
 
+#include <cstring>
+
 #include "template/entry_values.h"
 
 namespace kx::tmpl {
@@ -9,6 +11,10 @@ Markers CurrentMarkers(int *pCount, EingabeElement **pList) {
     const char *end = CurrentTextAt(pCount, pList, iErsetzungsEnde);
     return {start != nullptr && *start != '\0' ? start : "{",
             end != nullptr && *end != '\0' ? end : "}"};
+}
+
+char *AfterStartMarker(char *start, const Markers &markers) {
+    return start + strnlen(start, markers.start.size());
 }
 
 Cuts::~Cuts() {

@@ -17,6 +17,10 @@ struct Markers {
 
 Markers CurrentMarkers(int *pCount, EingabeElement **pList);
 
+// The text after the start marker at start; the text's end when it is
+// shorter than the marker.
+char *AfterStartMarker(char *start, const Markers &markers);
+
 // Characters written over with NUL for a while and put back when the holder
 // goes out of scope, in reverse order.
 class Cuts {

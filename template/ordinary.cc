@@ -6,6 +6,7 @@
 #include <cstring>
 #include <strings.h>
 
+#include <iterator>
 #include <string>
 
 #include "kx_template.h"
@@ -71,15 +72,24 @@ char *Unknown(Invocation &inv, const Placeholder &ph) {
     return after;
 }
 
-// A value that forms part of an image file name is written URL-encoded.
+bool ImageNameCharacter(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
+}
+
+// A value that forms part of an image file name is written URL-encoded: the
+// text after the placeholder holds an image ending, the first of them found,
+// with only letters, digits, "-" and "_" before it. None of the endings can
+// start among those characters, so an ending right after them is the first
+// occurrence of its kind; only when a later ending of the list stands there
+// must the whole text be searched for the earlier ones.
 bool ImageName(const char *text) {
     if (strnlen(text, 5) <= 4) return false;
-    for (const char *ending : kImageEndings) {
-        const char *found = std::strstr(text, ending);
-        if (found == nullptr) continue;
-        for (const char *c = text; c < found; ++c)
-            if (!std::isalnum(static_cast<unsigned char>(*c)) && *c != '-' && *c != '_')
-                return false;
+    const char *stop = text;
+    while (ImageNameCharacter(*stop)) ++stop;
+    for (size_t i = 0; i < std::size(kImageEndings); ++i) {
+        if (!StartsWith(stop, kImageEndings[i])) continue;
+        for (size_t earlier = 0; earlier < i; ++earlier)
+            if (std::strstr(text, kImageEndings[earlier]) != nullptr) return false;
         return true;
     }
     return false;
@@ -157,11 +167,14 @@ char *Ordinary(Invocation &inv, Placeholder &ph, char *pos) {
     const int index = FindEntry(*inv.pList, *inv.pCount, ph.Name());
     const bool control = ph.nameLength >= 2 && StartsWith(ph.name, "=_");
     if (index >= *inv.pCount && !control) return Unknown(inv, ph);
+    // During a cycle's replay, the cycle blocks set the iteration limit and
+    // step list values here.
     char *owned = nullptr;
     const int controlLength = RunControl(inv, ph, index, &owned);
     const char *rest = ph.M != nullptr ? ph.M + 1 + controlLength : ph.E + 1;
     WriteValue(inv, ph, index, owned, ImageName(rest));
     std::free(owned);
+    // The cycle blocks record the entry for the level here (levels above 0).
     return After(inv, ph);
 }
 

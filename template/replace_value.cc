@@ -102,7 +102,7 @@ extern "C" int ReplaceValue(char *start, char *end, int *pCount, EingabeElement 
         return 0;
     }
     const Markers markers = CurrentMarkers(pCount, pList);
-    const char *from = start + markers.start.size();
+    const char *from = AfterStartMarker(start, markers);
     const std::string prefix(from, bracket > from ? static_cast<size_t>(bracket - from) : 0);
     StoreSelection({pCount, pList, divider, name->Aktuell, message}, prefix, indices, count,
                    *valueIndex);

@@ -52,7 +52,7 @@ int Lookup(const Selection &s, const std::string &name) {
 // In control mode a simple placeholder yields its bare name.
 int SimplePlaceholder(Selection &s) {
     if (_InCreateValueFromControl == 0) return 0;
-    const char *from = s.start + s.markers.start.size();
+    const char *from = AfterStartMarker(s.start, s.markers);
     const char *close = std::strchr(from, '}');
     const std::string bare = close != nullptr ? std::string(from, close) : std::string(from);
     s.name->Liste = HeapCopy(bare);
@@ -169,8 +169,8 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
         std::snprintf(s.message, KX_MESSAGE_SIZE, "<! second ] missing !>\n");
         return 0;
     }
-    const std::string prefix = Between(s.start + s.markers.start.size(), open);
-    const std::string keyName = Between(keyStart + s.markers.start.size(), keyOpen);
+    const std::string prefix = Between(AfterStartMarker(s.start, s.markers), open);
+    const std::string keyName = Between(AfterStartMarker(keyStart, s.markers), keyOpen);
     std::string list = Candidates(prefix, Between(keyOpen + 1, keyClose), s.cycleIndex);
     const size_t bracket = list.find('[');
     if (bracket != std::string::npos) {

@@ -83,6 +83,17 @@ TEST_F(Placeholders, SimplePlaceholderIsNoSelection) {
     EXPECT_EQ(out.valueIndex, -1);
 }
 
+TEST_F(Placeholders, ControlModeYieldsTheBareName) {
+    _InCreateValueFromControl = 1;
+    const Outcome out = Replace("{Name}");
+    const Outcome empty = Replace("");
+    _InCreateValueFromControl = 0;
+    EXPECT_EQ(out.result, 1);
+    EXPECT_EQ(out.aktuell, "Name");
+    EXPECT_EQ(empty.result, 1) << "a text shorter than the marker";
+    EXPECT_EQ(empty.aktuell, "");
+}
+
 TEST_F(Placeholders, SelectionWithOneCandidate) {
     const Outcome out = Replace("{State[{Typ[CPU]}]}");
     EXPECT_EQ(out.result, 2);
