@@ -22,9 +22,6 @@ inline constexpr size_t kLineBufferMinimum = 4096;
 // Room kept after the input's own size in the line buffer.
 inline constexpr size_t kLineBufferHeadroom = 10;
 
-// Size of the scratch buffer for names built from other names.
-inline constexpr size_t kScratchSize = 512;
-
 // The list divider of the page engine.
 inline constexpr const char *kListDivider = "~";
 
@@ -69,7 +66,6 @@ struct Invocation {
     std::vector<char> line; // the line buffer, never grown
     char *textStart = nullptr; // the text being processed
     char message[KX_MESSAGE_SIZE] = {};
-    char scratch[kScratchSize] = {};
 
     int lineCounter = 1;
     int lineStart = 1;
