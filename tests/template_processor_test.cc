@@ -215,7 +215,9 @@ TEST(DeleteComment, Table) {
         char line[64];
         std::snprintf(line, sizeof line, "%s", c.first);
         EXPECT_EQ(DeleteComment(stream, line, sizeof line), c.result) << c.first << c.rest;
-        if (c.line != nullptr) EXPECT_STREQ(line, c.line) << c.first << c.rest;
+        if (c.line != nullptr) {
+            EXPECT_STREQ(line, c.line) << c.first << c.rest;
+        }
         std::fclose(stream);
     }
 }
