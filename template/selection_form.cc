@@ -149,6 +149,19 @@ int Choose(Selection &s, const std::vector<char *> &candidates, int keyIndex,
     return static_cast<int>(chosen.size());
 }
 
+// A candidate that is an entry already (an earlier placeholder made it) is
+// printed as it is, from its first value.
+bool ExistingCandidate(Selection &s, const std::vector<char *> &candidates) {
+    for (char *candidate : candidates) {
+        EingabeElement *entry = EntryAt(s.pCount, s.pList, Lookup(s, candidate));
+        if (entry == nullptr) continue;
+        entry->WertPosition = 0;
+        s.name->Aktuell = candidate;
+        return true;
+    }
+    return false;
+}
+
 void Message(char *message, const char *format, const std::string &name) {
     std::snprintf(message, KX_MESSAGE_SIZE, format, name.c_str());
 }
@@ -182,13 +195,7 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     s.name->Liste = HeapCopy(list);
     if (s.name->Liste == nullptr) return 0;
     const std::vector<char *> candidates = SplitCandidates(s.name->Liste);
-    for (char *candidate : candidates) {
-        EingabeElement *entry = EntryAt(s.pCount, s.pList, Lookup(s, candidate));
-        if (entry == nullptr) continue;
-        entry->WertPosition = 0;
-        s.name->Aktuell = candidate;
-        return 0;
-    }
+    if (ExistingCandidate(s, candidates)) return 0;
     const EingabeElement *key = EntryAt(s.pCount, s.pList, Lookup(s, keyName));
     if (key == nullptr || key->Wert == nullptr || *key->Wert == '\0') {
         Message(s.message, "<! %s unknown !>\n", keyName);
