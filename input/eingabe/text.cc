@@ -1,0 +1,92 @@
+// Text helpers: counted copies, joining, splitting and cutting.
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "input/eingabe/heap_text.h"
+#include "kx_input.h"
+
+namespace kx::input {
+namespace {
+
+std::string_view ViewOf(const char *text) { return text ? std::string_view(text) : std::string_view(); }
+
+// Writes the lengths collected by ErmittleTextElemente into a heap array.
+int *HeapLengths(const std::vector<int> &lengths) {
+    int *array = static_cast<int *>(std::malloc(lengths.size() * sizeof(int)));
+    if (array != nullptr) std::memcpy(array, lengths.data(), lengths.size() * sizeof(int));
+    return array;
+}
+
+}  // namespace
+}  // namespace kx::input
+
+extern "C" {
+
+char *UtilsErzeugeText(const char *source, int length) {
+    if (length < 0) length = 0;
+    if (source == nullptr) return kx::input::HeapCopy({});
+    return kx::input::HeapCopy({source, static_cast<size_t>(length)});
+}
+
+char *EweitereText(const char *text, const char *piece, int pieceLength, const char *separator) {
+    const std::string_view head = kx::input::ViewOf(text), glue = kx::input::ViewOf(separator);
+    const size_t tail = (piece != nullptr && pieceLength > 0) ? static_cast<size_t>(pieceLength) : 0;
+    char *joined = static_cast<char *>(std::malloc(head.size() + glue.size() + tail + 1));
+    if (joined == nullptr) return nullptr;
+    char *p = joined;
+    if (!head.empty()) std::memcpy(p, head.data(), head.size()), p += head.size();
+    if (!glue.empty()) std::memcpy(p, glue.data(), glue.size()), p += glue.size();
+    if (tail > 0) std::memcpy(p, piece, tail), p += tail;
+    *p = '\0';
+    return joined;
+}
+
+char *AddElement(char *text, const char *separator, const char *piece) {
+    if (piece == nullptr) return text;
+    char *joined = EweitereText(text, piece, static_cast<int>(std::strlen(piece)), separator);
+    if (joined == nullptr) return text;  // out of memory: the list stays as it was
+    std::free(text);
+    return joined;
+}
+
+char *AddElementToInput(char *text, const char *separator, const char *piece, char *tail) {
+    char *joined = AddElement(text, text != nullptr ? separator : nullptr, piece);
+    joined = AddElement(joined, nullptr, tail);
+    std::free(tail);
+    return joined;
+}
+
+int MacheLetztesElementZumText(char *text) {
+    if (text == nullptr) return 0;
+    const size_t end = std::strcspn(text, "\r\n");
+    text[end] = '\0';
+    return static_cast<int>(end);
+}
+
+int ErmittleTextElemente(char *text, const char *separator, int *longest, int **lengths) {
+    if (longest != nullptr) *longest = 0;
+    if (lengths != nullptr) *lengths = nullptr;
+    if (text == nullptr) return 0;
+    const size_t step = separator ? std::strlen(separator) : 0;
+    std::vector<int> found;
+    char *start = text;
+    for (char *hit; step > 0 && (hit = std::strstr(start, separator)) != nullptr; start = hit + step) {
+        found.push_back(static_cast<int>(hit - start));
+        *hit = '\0';
+    }
+    found.push_back(static_cast<int>(std::strlen(start)));
+    if (longest != nullptr)
+        for (int length : found) *longest = length > *longest ? length : *longest;
+    if (lengths != nullptr) *lengths = kx::input::HeapLengths(found);
+    return static_cast<int>(found.size());
+}
+
+void UtilsErsetzeZeichen(char *text, const char *set, int setLength, char replacement) {
+    if (text == nullptr || set == nullptr || setLength <= 0) return;
+    for (char *p = text; *p; ++p)
+        if (std::memchr(set, *p, static_cast<size_t>(setLength)) != nullptr) *p = replacement;
+}
+
+}  // extern "C"

@@ -1,0 +1,51 @@
+#include "support/kx_test.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace kx::test {
+
+TempDir::TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "kxtest.XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) std::abort();
+    path_ = pattern;
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TempDir::Write(const std::string &relative, const std::string &content) const {
+    const std::filesystem::path file = std::filesystem::path(path_) / relative;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << content;
+    return file.string();
+}
+
+void InputList::Add(const char *name, char kind, const char *defaultText) {
+    list_ = static_cast<EingabeElement *>(std::realloc(list_, sizeof(EingabeElement) * (count_ + 1)));
+    list_[count_] = EingabeElement{strdup(name), static_cast<uint32_t>(strlen(name)), nullptr, 0, 0,
+                                   kind, defaultText ? strdup(defaultText) : nullptr};
+    ++count_;
+}
+
+void InputList::Clear() {
+    for (int i = 0; i < count_; ++i) {
+        std::free(list_[i].Name);
+        std::free(list_[i].Wert);
+        std::free(list_[i].Vorgabe);
+    }
+    std::free(list_);
+    if (_pEingabe == &list_) {
+        _pEingabe = nullptr;
+        _pEingabeAnzahl = nullptr;
+    }
+    list_ = nullptr;
+    count_ = 0;
+}
+
+}  // namespace kx::test

@@ -1,0 +1,92 @@
+// Helpers shared by the test programs.
+#ifndef KX_TESTS_SUPPORT_KX_TEST_H
+#define KX_TESTS_SUPPORT_KX_TEST_H
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "kx_input.h"
+
+namespace kx::test {
+
+// A heap text returned by the library, freed when it goes out of scope.
+class HeapText {
+public:
+    explicit HeapText(char *text) : text_(text) {}
+    ~HeapText() { std::free(text_); }
+    HeapText(const HeapText &) = delete;
+    HeapText &operator=(const HeapText &) = delete;
+    const char *get() const { return text_; }
+    std::string str() const { return text_ ? std::string(text_) : std::string("<null>"); }
+
+private:
+    char *text_;
+};
+
+// A temporary directory, removed with everything in it.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir &) = delete;
+    TempDir &operator=(const TempDir &) = delete;
+    const std::string &path() const { return path_; }
+    // Writes content to path/relative, creating the folders on the way.
+    std::string Write(const std::string &relative, const std::string &content) const;
+
+private:
+    std::string path_;
+};
+
+// An input list built by a test, with every text freed at the end. The
+// process-wide handles are cleared when they point at it.
+class InputList {
+public:
+    InputList() = default;
+    ~InputList() { Clear(); }
+    InputList(const InputList &) = delete;
+    InputList &operator=(const InputList &) = delete;
+    EingabeElement *&list() { return list_; }
+    int &count() { return count_; }
+    EingabeElement &operator[](int i) { return list_[i]; }
+    // Adds an entry as a definition line would declare it (no value yet).
+    void Add(const char *name, char kind = 'n', const char *defaultText = nullptr);
+    void Clear();
+
+private:
+    EingabeElement *list_ = nullptr;
+    int count_ = 0;
+};
+
+// Collects what the library writes to its page stream while it lives.
+class CapturedPage {
+public:
+    CapturedPage() : saved_(_Utilsfpout), stream_(open_memstream(&data_, &size_)) { _Utilsfpout = stream_; }
+    ~CapturedPage() {
+        Text();
+        std::free(data_);
+    }
+    CapturedPage(const CapturedPage &) = delete;
+    CapturedPage &operator=(const CapturedPage &) = delete;
+    // Everything written so far; stops the capture.
+    std::string Text() {
+        if (stream_ != nullptr) {
+            std::fclose(stream_);
+            stream_ = nullptr;
+            _Utilsfpout = saved_;
+        }
+        return std::string(data_ ? data_ : "", size_);
+    }
+
+private:
+    FILE *saved_;
+    char *data_ = nullptr;
+    size_t size_ = 0;
+    FILE *stream_;
+};
+
+}  // namespace kx::test
+
+#endif
