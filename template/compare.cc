@@ -50,6 +50,7 @@ public:
     Alternatives(const char *rightText, int cycleIndex) {
         // MatchIt gets a copy of its own, so the caller's text stays as it is.
         text_ = UtilsErzeugeText(rightText ? rightText : "", rightText ? static_cast<int>(std::strlen(rightText)) : 0);
+        if (text_ == nullptr) return;
         char *evaluated = MatchIt(text_, "{", cycleIndex, nullptr);
         if (evaluated != text_) {
             std::free(text_);

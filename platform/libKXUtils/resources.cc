@@ -1,4 +1,4 @@
-// Releasing what the utility library handed out.
+// Texts and blocks handed out by this library are plain malloc blocks.
 #include <cstdlib>
 
 #include "companion/libKXUtils.h"
