@@ -1,0 +1,103 @@
+/*
+ * console.cgi: the console's overview application as a CGI program.
+ *
+ * It reads the request (the query string, or posted form data), finds the
+ * application named in it, reads that application's definition, assigns
+ * the request to the definition's entries and writes the page the request
+ * asks for.
+ */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "kx_input.h"
+#include "kx_template.h"
+
+/* Pages live in this folder beside the program; a request names only the
+ * page's file name, never a path. */
+static const char kPageFolder[] = "pages/";
+static const char kDefaultPage[] = "main.htm";
+
+static void Header(const char *status) {
+    if (status != NULL) printf("Status: %s\r\n", status);
+    printf("Content-Type: text/html; charset=ISO-8859-1\r\n\r\n");
+}
+
+static int Fail(const char *status, const char *message) {
+    Header(status);
+    printf("<!DOCTYPE html>\n<html><head><title>Console</title></head>\n"
+           "<body><h1>%s</h1><p>%s</p></body></html>\n", status, message);
+    return 0;
+}
+
+/* The request text: posted data for POST, the query string otherwise. The
+ * result is a heap text. */
+static char *RequestText(void) {
+    const char *method = getenv("REQUEST_METHOD");
+    if (method != NULL && strcmp(method, "POST") == 0) {
+        int length = 0;
+        char *posted = UtilsGetPostedInformation(0, NULL, &length);
+        return posted != NULL ? posted : UtilsErzeugeText("", 0);
+    }
+    const char *query = getenv("QUERY_STRING");
+    return UtilsErzeugeText(query ? query : "", query ? (int)strlen(query) : 0);
+}
+
+/* The value of a key in the request, up to the next "&", as a heap text. */
+static char *RequestValue(const char *request, const char *key) {
+    const char *value = PositioniereAufSchluesselwortWert(request, key, NULL);
+    return value != NULL ? UtilsErzeugeText(value, (int)strcspn(value, "&")) : NULL;
+}
+
+/* pages/ + the base name of the page the definition or the request names. */
+static char *PagePath(EingabeElement *list, int count) {
+    int index = EingabewertIndex("Page", list, count);
+    const char *page = kDefaultPage;
+    if (index < count) {
+        const char *current = list[index].Wert ? list[index].Wert + list[index].WertPosition : list[index].Vorgabe;
+        if (current != NULL && *HTMLBasename(current) != '\0') page = HTMLBasename(current);
+    }
+    char *path = malloc(sizeof kPageFolder + strlen(page));
+    if (path != NULL) sprintf(path, "%s%s", kPageFolder, page);
+    return path;
+}
+
+static void FreeList(EingabeElement *list, int count) {
+    for (int i = 0; i < count; ++i) {
+        free(list[i].Name);
+        free(list[i].Wert);
+        free(list[i].Vorgabe);
+    }
+    free(list);
+}
+
+int main(void) {
+    char *request = RequestText();
+    char *application = RequestValue(request, NULL);
+    if (application == NULL || *application == '\0') {
+        free(application);
+        free(request);
+        return Fail("400 Bad Request", "The request names no application (Application=...).");
+    }
+    EingabeElement *list = NULL;
+    int count = 0;
+    const int unknown = ErmittleEingabe(application, &list, &count, NULL, 0);
+    free(application);
+    if (unknown) {
+        FreeList(list, count);
+        free(request);
+        return Fail("404 Not Found", "The application named in the request is not installed here.");
+    }
+    /* The request's name=value pairs become NUL-separated assignments. */
+    const int assignments = ErmittleTextElemente(request, "&", NULL, NULL);
+    WertzuweisungEingabe(assignments, request, &count, &list, "~");
+    char *page = PagePath(list, count);
+    Header(NULL);
+    fflush(stdout);
+    ErsetzeUndGebeHtmlDateiAus(page, NULL, iErsetzungsAnfang, iErsetzungsEnde, &count, &list);
+    fflush(_Utilsfpout ? _Utilsfpout : stdout);
+    free(page);
+    FreeList(list, count);
+    free(request);
+    return 0;
+}

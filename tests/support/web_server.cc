@@ -1,0 +1,108 @@
+#include "support/web_server.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+namespace kx::test {
+namespace {
+
+// A port nobody listens on right now: the kernel picks it for a moment.
+int FreePort() {
+    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    int port = 0;
+    if (bind(fd, reinterpret_cast<sockaddr *>(&address), size) == 0 &&
+        getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size) == 0)
+        port = ntohs(address.sin_port);
+    close(fd);
+    return port;
+}
+
+int Connect(int port) {
+    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0) return fd;
+    close(fd);
+    return -1;
+}
+
+HttpReply ParseReply(const std::string &raw) {
+    HttpReply reply;
+    const size_t end = raw.find("\r\n\r\n");
+    if (raw.rfind("HTTP/1.", 0) != 0 || end == std::string::npos) return reply;
+    reply.status = std::atoi(raw.c_str() + raw.find(' ') + 1);
+    reply.headers = raw.substr(0, end);
+    reply.body = raw.substr(end + 4);
+    return reply;
+}
+
+}  // namespace
+
+ConsoleServer::ConsoleServer(const std::string &program) : port_(FreePort()) {
+    const std::string layout = std::string(KX_SOURCE_DIR) + "/tools/console-site.sh " + site_.path() + " " +
+                               program + " " + std::to_string(port_);
+    if (port_ == 0 || std::system(layout.c_str()) != 0) return;
+    pid_ = fork();
+    if (pid_ == 0) {
+        const std::string config = site_.path() + "/lighttpd.conf";
+        execlp("lighttpd", "lighttpd", "-D", "-f", config.c_str(), static_cast<char *>(nullptr));
+        _exit(127);
+    }
+    for (int tries = 0; tries < 100; ++tries) {  // up to five seconds to start listening
+        const int fd = Connect(port_);
+        if (fd >= 0) {
+            close(fd);
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+}
+
+ConsoleServer::~ConsoleServer() {
+    if (pid_ <= 0) return;
+    kill(pid_, SIGTERM);
+    waitpid(pid_, nullptr, 0);
+}
+
+HttpReply ConsoleServer::Exchange(const std::string &request) const {
+    const int fd = Connect(port_);
+    if (fd < 0) return {};
+    timeval timeout{30, 0};  // a hanging page fails the test instead of the run
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
+    for (size_t sent = 0; sent < request.size();) {
+        const ssize_t n = send(fd, request.data() + sent, request.size() - sent, MSG_NOSIGNAL);
+        if (n <= 0) break;
+        sent += static_cast<size_t>(n);
+    }
+    std::string raw;
+    char buffer[65536];
+    for (ssize_t n; (n = recv(fd, buffer, sizeof buffer, 0)) > 0;) raw.append(buffer, static_cast<size_t>(n));
+    close(fd);
+    return ParseReply(raw);
+}
+
+HttpReply ConsoleServer::Get(const std::string &target) const {
+    return Exchange("GET " + target + " HTTP/1.0\r\nHost: 127.0.0.1\r\n\r\n");
+}
+
+HttpReply ConsoleServer::Post(const std::string &target, const std::string &form) const {
+    return Exchange("POST " + target + " HTTP/1.0\r\nHost: 127.0.0.1\r\n"
+                    "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: " +
+                    std::to_string(form.size()) + "\r\n\r\n" + form);
+}
+
+}  // namespace kx::test

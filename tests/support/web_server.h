@@ -1,0 +1,44 @@
+// A lighttpd serving the sample console on a free loopback port, and a
+// small HTTP client to talk to it.
+#ifndef KX_TESTS_SUPPORT_WEB_SERVER_H
+#define KX_TESTS_SUPPORT_WEB_SERVER_H
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "support/kx_test.h"
+
+namespace kx::test {
+
+struct HttpReply {
+    int status = 0;  // 0 when no reply came
+    std::string headers;
+    std::string body;
+};
+
+class ConsoleServer {
+public:
+    // Lays out the site with the given CGI program and starts lighttpd.
+    explicit ConsoleServer(const std::string &program);
+    ~ConsoleServer();
+    ConsoleServer(const ConsoleServer &) = delete;
+    ConsoleServer &operator=(const ConsoleServer &) = delete;
+
+    bool running() const { return pid_ > 0; }
+    // The site's folder the CGI program runs in.
+    std::string www() const { return site_.path() + "/www"; }
+    HttpReply Get(const std::string &target) const;
+    HttpReply Post(const std::string &target, const std::string &form) const;
+
+private:
+    HttpReply Exchange(const std::string &request) const;
+
+    TempDir site_;
+    int port_ = 0;
+    pid_t pid_ = -1;
+};
+
+}  // namespace kx::test
+
+#endif
