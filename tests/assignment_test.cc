@@ -104,6 +104,25 @@ TEST(Assignment, RequestValuesIntoEntries) {
     }
 }
 
+TEST(Assignment, WholeRequest) {
+    InputList l;
+    Declare(l);
+    const char *pressed = Assign(l, {"Name=J%C3%BCrgen+M", "L=a~b", "Nobody=z", "L1=c~d", "M=x", "Save=Speichern",
+                                     "M=y", "a^i^g^b=%3D", "C", "LInternalcount=2~2"});
+    EXPECT_STREQ(pressed, "Save");
+    const struct { const char *name; Texts values; } expected[] = {
+        {"Name", {"J\xC3\xBCrgen M"}}, {"Save", {"on"}}, {"Open", {}}, {"L", {"a", "b", "c", "d"}},
+        {"M", {"x", "y"}}, {"C", {""}}, {"LInternalcount", {"2~2"}}, {"a=b", {"="}}, {"PLSet", {}},
+    };
+    ASSERT_EQ(l.count(), static_cast<int>(std::size(expected)));
+    for (int i = 0; i < l.count(); ++i) {
+        EXPECT_STREQ(l[i].Name, expected[i].name);
+        EXPECT_EQ(Values(l[i]), expected[i].values) << expected[i].name;
+        EXPECT_EQ(l[i].WertGesetzt, static_cast<int>(expected[i].values.size())) << expected[i].name;
+        EXPECT_EQ(l[i].WertPosition, 0) << expected[i].name;
+    }
+}
+
 TEST(Assignment, DividerDefaultsToBlank) {
     for (const char *divider : {static_cast<const char *>(nullptr), ""}) {
         InputList l;
