@@ -204,10 +204,13 @@ KX_API extern int _UtilsWhat;
 
 /* Reads an application definition into the list: application is either a
  * definition text in memory (its first character one of ~ | blank & % $ \xA7
- * ! " ^ #) or an application name whose file "<name>.ini" is searched with
- * SearchForFile. settings is a block of settingsCount "name=value" texts laid
- * end to end, or NULL. Adds or updates entries (the list may be reallocated).
- * Returns 0, or 1 when nothing could be read. */
+ * ! " ^ #; NUL-terminated lines, an empty one ends it) or an application name,
+ * decoded and reduced to its base name, whose file "<name>.ini" is searched
+ * with SearchForFile. settings is a block of settingsCount "name=value" texts
+ * laid end to end, or NULL. Adds or updates entries (the list may be
+ * reallocated; its texts belong to the list) and sets the keyword index
+ * globals. Faulty lines are reported into the page as "<! ...>" comments.
+ * Returns 0, or 1 when nothing could be read (the list is then unchanged). */
 KX_API int ErmittleEingabe(const char *application, EingabeElement **list, int *count,
                            const char *settings, int settingsCount);
 
@@ -217,10 +220,10 @@ KX_API int ErmittleEingabe2(const char *application, EingabeElement **list, int 
                             const char *settings, const char *programPath, int settingsCount);
 
 /* Looks for name in the current directory, "Korvanetix", the application
- * directory and the CGI paths. Returns the path found in a library buffer
- * (valid until the next call; do not free), or NULL. When stream is given and
- * the file was found, *stream is the file opened for reading (the caller
- * closes it). */
+ * directory and the CGI paths; "PeerScan.ini" falls back to "Korvanetix.ini".
+ * Returns the path found in a library buffer (valid until the next call; do
+ * not free), or NULL. When stream is given, *stream is the file found, opened
+ * for reading (the caller closes it), or NULL. */
 KX_API char *SearchForFile(const char *name, EingabeElement *list, int count,
                            const char *settings, int settingsCount, FILE **stream);
 
@@ -228,13 +231,15 @@ KX_API char *SearchForFile(const char *name, EingabeElement *list, int count,
  * first two that is not empty. NULL pieces count as empty. */
 KX_API char *CreateDirectoryname(const char *first, const char *second, const char *third);
 
-/* Fills buffer (KX_PATH_SIZE bytes) with the path of an application file:
- * where it was found, or where it is to be created. */
+/* Fills buffer (KX_PATH_SIZE bytes) with the path of an application file
+ * (directory decoded, then file): where SearchForFile found it, or else its
+ * place in the application directory, where it is to be created. */
 KX_API void CreateApplicationFilePath(EingabeElement *list, int count, char *buffer,
                                       const char *directory, const char *file);
 
-/* Pointer into query to the value of "&key=" or of "key=" at its start; NULL
- * when absent. key defaults to "Application", assign to "=". */
+/* Pointer into query to the value of "&key=" or of "key=" at its start (not
+ * cut at the next "&"); NULL when absent or when key and assign together
+ * reach 255 bytes. key defaults to "Application", assign to "=". */
 KX_API char *PositioniereAufSchluesselwortWert(const char *query, const char *key,
                                                const char *assign);
 

@@ -44,6 +44,10 @@ KX_API int KXUtilsWriteMemoryToFileErrorOutput(const char *path, const char *tex
 /* Releases what the operations of this library returned; NULL is ignored. */
 KX_API void KXUtilsFreeResources(void *resource);
 
+/* Pointer into text to the last occurrence of needle (an empty needle: the
+ * text's terminating NUL); NULL when there is none or an argument is NULL. */
+KX_API char *KXUtils_strrstr(const char *text, const char *needle);
+
 KX_EXTERN_C_END
 
 #endif

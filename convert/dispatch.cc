@@ -1,0 +1,115 @@
+// Finding a conversion chain in a text and applying it to a value.
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "companion/libparser.h"
+#include "kx_convert.h"
+
+namespace kx::convert {
+namespace {
+
+// The row whose name the text at position starts with, case ignored; the
+// first in table order wins.
+const KonvertierungsEintrag *MatchRow(const char *position) {
+    for (int i = 0; i < ConvertTableCount; ++i) {
+        const KonvertierungsEintrag &row = ConvertTable[i];
+        if (strnicmp(position, row.name, static_cast<std::size_t>(row.length)) == 0) return &row;
+    }
+    return nullptr;
+}
+
+// One conversion of a chain: its row, its argument and the "." ending it.
+struct Link {
+    const KonvertierungsEintrag *row;
+    char *argument;
+    char *dot;
+};
+
+// The conversion at the first "_" of text, when a "." follows its name.
+bool FindLink(char *text, Link &link) {
+    char *underscore = std::strchr(text, '_');
+    if (underscore == nullptr) return false;
+    link.row = MatchRow(underscore);
+    if (link.row == nullptr) return false;
+    link.argument = underscore + link.row->length;
+    link.dot = std::strchr(link.argument, '.');
+    return link.dot != nullptr;
+}
+
+bool Below(const char *position, const char *end) {
+    return reinterpret_cast<std::uintptr_t>(position) < reinterpret_cast<std::uintptr_t>(end);
+}
+
+// The links of the chain at start, the one nearest the name last. Every
+// link's "." lies before the name, which follows the text's last ".".
+std::vector<Link> CollectChain(char *start, const char *end) {
+    std::vector<Link> chain;
+    Link link;
+    const char *limit = end;
+    while (Below(start, limit) && FindLink(start, link)) {
+        chain.push_back(link);
+        if (chain.size() == 1) limit = std::strrchr(link.dot, '.') + 1;
+        start = link.dot + 1;
+    }
+    return chain;
+}
+
+// Calls one handler with its argument cut at the ".".
+char *Apply(const Link &link, char *value, int cycleIndex) {
+    *link.dot = '\0';
+    char *result = link.row->handler(link.argument, value, cycleIndex);
+    *link.dot = '.';
+    return result;
+}
+
+}  // namespace
+
+char *Determine(char *text, char **conversionStart) {
+    char *start = nullptr;
+    char *name = text;
+    if (char *underscore = std::strchr(text, '_'); underscore != nullptr) {
+        Link link;
+        if (FindLink(underscore, link)) {
+            start = underscore;
+            name = std::strrchr(link.dot, '.') + 1;
+        } else if (MatchRow(underscore) == nullptr && std::strncmp(underscore, "_this", 5) == 0) {
+            start = underscore;
+        }
+    }
+    if (conversionStart != nullptr) *conversionStart = start;
+    return name;
+}
+
+char *Convert(char *start, const char *end, char *value, bool freeValue, int cycleIndex) {
+    std::vector<Link> chain = CollectChain(start, end);
+    if (chain.empty()) return value;
+    char *current = value;
+    for (auto link = chain.rbegin(); link != chain.rend(); ++link) {
+        char *result = Apply(*link, current, cycleIndex);
+        if (current != value && current != nullptr && current != result) std::free(current);
+        current = result;
+    }
+    if (freeValue && value != nullptr && current != value) std::free(value);
+    return current;
+}
+
+}  // namespace kx::convert
+
+extern "C" {
+
+char *DetermineConversion(char *text, char **conversionStart) {
+    if (text == nullptr) {
+        if (conversionStart != nullptr) *conversionStart = nullptr;
+        return nullptr;
+    }
+    return kx::convert::Determine(text, conversionStart);
+}
+
+char *ConvertIt(char *start, const char *end, char *value, int freeValue, int cycleIndex) {
+    if (start == nullptr) return value;
+    return kx::convert::Convert(start, end, value, freeValue != 0, cycleIndex);
+}
+
+}  // extern "C"

@@ -1,0 +1,85 @@
+// The conversion table: one row a conversion, in the order in which names
+// are tried. A row's length is derived from its name.
+#include <cstddef>
+
+#include "kx_convert.h"
+
+namespace kx::convert {
+namespace {
+
+// Conversions of files, programs and the network are not built into this
+// library yet; until they are, their rows hand the value on unchanged.
+char *Pending(char * /*argument*/, char *value, int /*cycleIndex*/) { return value; }
+
+template <std::size_t N>
+constexpr KonvertierungsEintrag Row(const char (&name)[N], KonvertierungsFunktion handler) {
+    return {name, static_cast<int>(N - 1), handler};
+}
+
+}  // namespace
+}  // namespace kx::convert
+
+using kx::convert::Pending;
+using kx::convert::Row;
+
+extern "C" {
+
+const KonvertierungsEintrag ConvertTable[] = {
+    Row("_mb", ConvertToMB),
+    Row("_hextime", ConvertHexTime),
+    Row("_hex", ConvertToHex),
+    Row("_ctime", ConvertToCtime),
+    Row("_count", ConvertToCount),
+    Row("_bitfield,", ConvertBitFieldToText),
+    Row("_div,", ConvertByDivide),
+    Row("_substring,", ConvertToSubstring),
+    Row("_strstr,", ConvertToStringString),
+    Row("_format,", ConvertByFormat),
+    Row("_plus,", ConvertByPlus),
+    Row("_minus,", ConvertByMinus),
+    Row("_suboid", ConvertToSubOID),
+    Row("_after,", ConvertToStringAfter),
+    Row("_uptime", ConvertUpTime),
+    Row("_+,", ConvertByPlus),
+    Row("_-,", ConvertByMinus),
+    Row("_multiply,", ConvertByMultiply),
+    Row("_*,", ConvertByMultiply),
+    Row("_minusr,", ConvertByMinusReversed),
+    Row("_-r,", ConvertByMinusReversed),
+    Row("_valueindex,", ConvertToValueIndex),
+    Row("_strchange,", ConvertToStringChange),
+    Row("_strreplace,", ConvertToStringReplace),
+    Row("_cputime", ConvertCPUTime),
+    Row("_processtime,", ConvertProcessTime),
+    Row("_before,", ConvertToStringBefore),
+    Row("_call,", Pending),       // ConvertByCall
+    Row("_callp,", Pending),      // ConvertByCallBasic
+    Row("_gmtime", ConvertToGmtime),
+    Row("_localtime", ConvertToLocaltime),
+    Row("_rbefore,", ConvertToStringRBefore),
+    Row("_tolower", ConvertToLower),
+    Row("_toupper", ConvertToUpper),
+    Row("_fremove", Pending),     // ConvertFileRemove
+    Row("_mktemp", Pending),      // ConvertCreateTemplateFile
+    Row("_mod,", ConvertByModulo),
+    Row("_createdir", Pending),   // ConvertCreateDir
+    Row("_listdir", Pending),     // ConvertListDir
+    Row("_fcreate", Pending),     // ConvertCreateFile
+    Row("_frename,", Pending),    // ConvertRenameFile
+    Row("_fexists,", Pending),    // ConvertFileRegexpExists
+    Row("_fexists", Pending),     // ConvertFileExists
+    Row("_fcopy,", Pending),      // ConvertFileCopy
+    Row("_time", ConvertCreateTime),
+    Row("_dividelist,", ConvertDivideList),
+    Row("_ping", Pending),        // ConvertPing
+    Row("_hostname", Pending),    // ConvertToHostname
+    Row("_ipaddress", Pending),   // ConvertToIPAddress
+    Row("_iniread,", Pending),    // ConvertToIniRead
+    Row("_fwrite,", Pending),     // ConvertWriteFile
+};
+
+const int ConvertTableCount = sizeof ConvertTable / sizeof ConvertTable[0];
+
+}  // extern "C"
+
+static_assert(sizeof ConvertTable / sizeof ConvertTable[0] == 51);

@@ -1,0 +1,190 @@
+// Conversions of times: epoch seconds, time ticks, CPU time and hexadecimal
+// dates into display text.
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+#include "convert/convert_internal.h"
+#include "kx_convert.h"
+#include "kx_input.h"
+
+namespace kx::convert {
+namespace {
+
+// Year, month, day, hour, minute and second: the bytes of a hexadecimal date.
+constexpr std::size_t kHexDateBytes = 6;
+using HexDate = std::array<unsigned char, kHexDateBytes>;
+
+// Digits and upper-case letters only: a lower-case letter gives a wrong value.
+unsigned HexDigit(char digit) {
+    const auto code = static_cast<unsigned char>(digit);
+    return code < 58 ? code - 48U : code - 55U;
+}
+
+unsigned char HexByte(const char *pair) {
+    return static_cast<unsigned char>((HexDigit(pair[0]) * 16 + HexDigit(pair[1])) & 0xFFU);
+}
+
+// The first six bytes of a hexadecimal date; missing bytes are 0.
+HexDate ReadHexDate(std::string_view hex) {
+    HexDate date{};
+    for (std::size_t i = 0; i < kHexDateBytes && 2 * i + 1 < hex.size(); ++i)
+        date[i] = HexByte(hex.data() + 2 * i);
+    return date;
+}
+
+// A year byte: 80 to 99 are 1980 to 1999, the others from 2000 on.
+int FullYear(unsigned char year) { return year > 79 ? 1900 + year : 2000 + year; }
+
+// Reads epoch seconds like a 32-bit atol.
+time_t Seconds(const char *value) { return static_cast<time_t>(ReadInt(ValueText(value))); }
+
+// Reads a number like sscanf "%lu" into a 32-bit unsigned long: a minus sign
+// negates, a number that is too large sticks at the largest value.
+uint32_t ReadUnsigned(std::string_view text) {
+    std::size_t i = 0;
+    while (i < text.size() && (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r'))) ++i;
+    bool negative = false;
+    if (i < text.size() && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
+    uint64_t number = 0;
+    for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i)
+        number = std::min<uint64_t>(number * 10 + static_cast<uint64_t>(text[i] - '0'), UINT32_MAX);
+    return static_cast<uint32_t>(negative ? 0U - number : number);
+}
+
+// "%02d/%02d/%02d %02d:%02d:%02d" of a broken-down time; a year after 1999
+// prints as its years since 2000.
+char *PrintDate(const std::tm &broken) {
+    const int year = broken.tm_year <= 99 ? broken.tm_year : broken.tm_year - 100;
+    char buffer[80];
+    std::snprintf(buffer, sizeof buffer, "%02d/%02d/%02d %02d:%02d:%02d", broken.tm_mon + 1,
+                  broken.tm_mday, year, broken.tm_hour, broken.tm_min, broken.tm_sec);
+    return CopyOut(buffer);
+}
+
+char *BrokenDown(const char *value, bool local) {
+    const time_t seconds = Seconds(value);
+    std::tm broken{};
+    if ((local ? localtime_r(&seconds, &broken) : gmtime_r(&seconds, &broken)) == nullptr)
+        return CopyOut(ValueText(value));
+    return PrintDate(broken);
+}
+
+char *Ctime(const char *value) {
+    const time_t seconds = Seconds(value);
+    char buffer[64];
+    if (seconds <= 0 || ctime_r(&seconds, buffer) == nullptr) return CopyOut(ValueText(value));
+    MacheLetztesElementZumText(buffer);
+    return CopyOut(buffer);
+}
+
+char *SinceNow(const char *value) {
+    const int64_t then = ReadUnsigned(ValueText(value));
+    const int64_t now = static_cast<int64_t>(std::time(nullptr));
+    return CopyOut(std::to_string(now >= then ? now - then : then - now));
+}
+
+char *UpTime(const char *value) {
+    const int32_t seconds = ReadInt(ValueText(value)) / 100;
+    const int32_t days = seconds / 86400;
+    char buffer[80];
+    std::snprintf(buffer, sizeof buffer, "%d day%s, %02d:%02d:%02d", days, days == 1 ? "" : "s",
+                  seconds % 86400 / 3600, seconds % 3600 / 60, seconds % 60);
+    return CopyOut(buffer);
+}
+
+char *CpuTime(const char *value) {
+    const int32_t count = ReadInt(ValueText(value));
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%02d:%02d", count / 60, count % 60);
+    return CopyOut(buffer);
+}
+
+char *HexTime(const char *value) {
+    const HexDate date = ReadHexDate(ValueText(value));
+    char buffer[80];
+    std::snprintf(buffer, sizeof buffer, "%d/%02d/%02d   %02d:%02d:%02d", FullYear(date[0]),
+                  date[1], date[2], date[3], date[4], date[5]);
+    return CopyOut(buffer);
+}
+
+// The time of day of epoch seconds, taken from the seconds themselves.
+char *TimeOfDay(time_t seconds) {
+    const auto s = static_cast<int64_t>(seconds);
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%02d:%02d:%02d", static_cast<int>(s / 3600 % 24),
+                  static_cast<int>(s % 3600 / 60), static_cast<int>(s % 60));
+    return CopyOut(buffer);
+}
+
+// The locale's date of a broken-down time, at most 15 characters ("" when
+// the locale's form is longer).
+char *LocaleDate(const std::tm &broken) {
+    constexpr std::size_t kLocaleDateLimit = 15;
+    char buffer[kLocaleDateLimit + 1];
+    if (std::strftime(buffer, sizeof buffer, "%x", &broken) == 0) buffer[0] = '\0';
+    return CopyOut(buffer);
+}
+
+char *ProcessTime(std::string_view argument, const char *value, int cycleIndex) {
+    const HexDate reference = ReadHexDate(Decode(Evaluate(argument, cycleIndex)));
+    const int day = reference[2];
+    const int month = reference[1] - 1;
+    const int year = reference[0] < 80 ? reference[0] + 100 : reference[0];
+    const time_t seconds = Seconds(value);
+    std::tm broken{};
+    if (localtime_r(&seconds, &broken) == nullptr) return TimeOfDay(seconds);
+    if (broken.tm_mday != day && broken.tm_mon != month && broken.tm_year != year)
+        return TimeOfDay(seconds);
+    return LocaleDate(broken);
+}
+
+}  // namespace
+}  // namespace kx::convert
+
+using kx::convert::ValueText;
+
+extern "C" {
+
+int HexToOctetString(unsigned char *out, const char *hex) {
+    if (out == nullptr || hex == nullptr) return 0;
+    int written = 0;
+    for (; hex[0] != '\0' && hex[1] != '\0'; hex += 2) out[written++] = kx::convert::HexByte(hex);
+    return written;
+}
+
+char *ConvertToCtime(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    return kx::convert::Ctime(value);
+}
+
+char *ConvertToLocaltime(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    return kx::convert::BrokenDown(value, true);
+}
+
+char *ConvertToGmtime(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    return kx::convert::BrokenDown(value, false);
+}
+
+char *ConvertCreateTime(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    return kx::convert::SinceNow(value);
+}
+
+char *ConvertUpTime(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    return kx::convert::UpTime(value);
+}
+
+char *ConvertCPUTime(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    return kx::convert::CpuTime(value);
+}
+
+char *ConvertHexTime(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    return kx::convert::HexTime(value);
+}
+
+char *ConvertProcessTime(char *argument, char *value, int cycleIndex) {
+    return kx::convert::ProcessTime(ValueText(argument), value, cycleIndex);
+}
+
+}  // extern "C"

@@ -1,0 +1,143 @@
+// ErmittleEingabe and ErmittleEingabe2: finding an application's definition
+// (a file "<name>.ini" or a text in memory) and reading it into the input
+// list; the record of the definition files ErmittleEingabe2 read.
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "companion/libKXUtils.h"
+#include "input/definition_reader.h"
+#include "input/request_internal.h"
+
+extern "C" {
+
+char *_IniFilename[2] = {nullptr, nullptr};
+char _IniFilenameDivideSign[2] = {'\0', '\0'};
+
+}  // extern "C"
+
+namespace kx::request {
+namespace {
+
+// A definition argument that begins with one of these bytes is a definition
+// text in memory; any other is an application name.
+constexpr std::array<unsigned char, 12> kInMemoryMarkers = {
+    '~', '|', ' ', '&', '%', '$', 0xA7, '!', '"', '!', '^', '#'};
+
+constexpr std::string_view kDefinitionEnding = ".ini";
+
+struct FileCloser {
+    void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// One call of ErmittleEingabe or ErmittleEingabe2.
+struct Request {
+    const char *application;
+    EingabeElement **list;
+    int *count;
+    const char *settings;
+    int settingsCount;
+    const char *programPath;  // ErmittleEingabe2 only: the fallback place
+    bool second;              // ErmittleEingabe2: fixed buffer, file record
+};
+
+bool IsInMemory(const char *application) {
+    const auto first = static_cast<unsigned char>(application[0]);
+    return std::find(kInMemoryMarkers.begin(), kInMemoryMarkers.end(), first) != kInMemoryMarkers.end();
+}
+
+void RememberList(EingabeElement **list, int *count) {
+    if (_pEingabe == nullptr) {
+        _pEingabe = list;
+        _pEingabeAnzahl = count;
+    }
+    if (*count == 0) *list = nullptr;
+}
+
+// "<directory of programPath><application>.ini". The application keeps its
+// URL form but only its base name counts, so it cannot leave that directory.
+File OpenBesideProgram(const Request &call, std::string &opened) {
+    if (call.programPath == nullptr) return nullptr;
+    const char *base = KXUtilsBasename(call.programPath, 0);
+    if (base == nullptr || base == call.programPath) return nullptr;
+    std::string path(call.programPath, static_cast<std::size_t>(base - call.programPath));
+    path.append(KXUtilsBasename(call.application, 0)).append(kDefinitionEnding);
+    UnifySeparators(path);
+    if (path.size() > kMaxPathLength) return nullptr;
+    opened = path;
+    return File(std::fopen(path.c_str(), "r"));
+}
+
+// The definition file of an application name, searched by its decoded base
+// name; opened is the name messages and records show.
+File OpenDefinitionFile(const Request &call, std::string &opened) {
+    const std::string decoded = Decoded(call.application);
+    opened = std::string(KXUtilsBasename(decoded.c_str(), 0)).append(kDefinitionEnding);
+    std::FILE *stream = nullptr;
+    SearchForFile(opened.c_str(), *call.list, *call.count, call.settings, call.settingsCount, &stream);
+    if (stream != nullptr || !call.second) return File(stream);
+    return OpenBesideProgram(call, opened);
+}
+
+// The first two definition files get a record; a third does not.
+void RecordFile(const std::string &opened, char divideSign) {
+    for (std::size_t slot = 0; slot < std::size(_IniFilename); ++slot) {
+        if (_IniFilename[slot] != nullptr) continue;
+        _IniFilename[slot] = HeapCopy(opened);
+        _IniFilenameDivideSign[slot] = divideSign;
+        return;
+    }
+}
+
+int ReadFromFile(const Request &call) {
+    std::string opened;
+    const File file = OpenDefinitionFile(call, opened);
+    if (file == nullptr) return 1;
+    FileLines lines(file.get());
+    const auto firstLine = lines.Next();
+    if (!firstLine) return 1;
+    if (call.second) RecordFile(opened, firstLine->empty() ? '\0' : firstLine->front());
+    const std::string separator = SeparatorOf(*firstLine);
+    ReadDefinitionLines(lines, separator, DefinitionTarget{call.list, call.count, opened});
+    return 0;
+}
+
+int ReadFromMemory(const Request &call) {
+    // ErmittleEingabe2 keeps a fixed line buffer: its lines come in pieces.
+    BlockLines lines(call.application, call.second ? kLineLimit : std::string_view::npos);
+    const std::string separator = SeparatorOf(*lines.Next());
+    ReadDefinitionLines(lines, separator, DefinitionTarget{call.list, call.count, ""});
+    return 0;
+}
+
+// A successful read does not yet build the page engine's trap MIB index.
+int Read(const Request &call) {
+    if (call.list == nullptr || call.count == nullptr) return 1;
+    RememberList(call.list, call.count);
+    if (call.application == nullptr) {
+        std::fputs("<! ErmittleEingabe: Anwendung == NULL>\n", PageStream());
+        return 1;
+    }
+    return IsInMemory(call.application) ? ReadFromMemory(call) : ReadFromFile(call);
+}
+
+}  // namespace
+}  // namespace kx::request
+
+extern "C" {
+
+int ErmittleEingabe(const char *application, EingabeElement **list, int *count,
+                    const char *settings, int settingsCount) {
+    return kx::request::Read({application, list, count, settings, settingsCount, nullptr, false});
+}
+
+int ErmittleEingabe2(const char *application, EingabeElement **list, int *count,
+                     const char *settings, const char *programPath, int settingsCount) {
+    return kx::request::Read({application, list, count, settings, settingsCount, programPath, true});
+}
+
+}  // extern "C"

@@ -1,0 +1,73 @@
+// The reader of application definitions: line sources (a file, or a block of
+// NUL-terminated texts in memory) and the rules that turn definition lines
+// into entries of the input list.
+#ifndef KX_INPUT_DEFINITION_READER_H
+#define KX_INPUT_DEFINITION_READER_H
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "kx_input.h"
+
+namespace kx::request {
+
+// Bytes of the line buffer; one read takes at most kLineLimit bytes.
+inline constexpr std::size_t kLineBufferSize = 4096;
+inline constexpr std::size_t kLineLimit = kLineBufferSize - 1;
+
+// Where definition lines come from. The first line is the separator line.
+class LineSource {
+public:
+    virtual ~LineSource() = default;
+    // The next line (valid until the next call), or nothing at the end.
+    virtual std::optional<std::string_view> Next() = 0;
+};
+
+// Lines of a file, at most kLineLimit bytes per read: a longer line comes in
+// pieces, each taken as a line. A line ends at its first NUL byte.
+class FileLines final : public LineSource {
+public:
+    explicit FileLines(std::FILE *file) : file_(file) {}
+    std::optional<std::string_view> Next() override;
+
+private:
+    std::FILE *file_;
+    std::array<char, kLineBufferSize> buffer_{};
+};
+
+// The texts of an in-memory block, up to the first empty text. With a piece
+// limit, a longer text comes in pieces of that many bytes, as from a file.
+class BlockLines final : public LineSource {
+public:
+    BlockLines(const char *block, std::size_t pieceLimit) : next_(block), pieceLimit_(pieceLimit) {}
+    std::optional<std::string_view> Next() override;
+
+private:
+    const char *next_;
+    std::size_t pieceLimit_;
+    std::size_t offset_ = 0;  // bytes of the current text already given out
+};
+
+// The list being filled and the name messages give for the definition.
+struct DefinitionTarget {
+    EingabeElement **list;
+    int *count;
+    std::string_view sourceName;
+};
+
+// The separator line cut at its first CR or LF.
+std::string SeparatorOf(std::string_view firstLine);
+
+// Applies every further line of lines to the target: entries declared before
+// this call are updated, new names added. Problems go into the page as
+// "<! ErmittleEingabe: ...>" comments.
+void ReadDefinitionLines(LineSource &lines, std::string_view separator,
+                         const DefinitionTarget &target);
+
+}  // namespace kx::request
+
+#endif
