@@ -185,6 +185,26 @@ TEST(Compare, EntryWithoutValue) {
     }
 }
 
+TEST(Compare, RightTextPlaceholdersAreEvaluated) {
+    InputList l;
+    l.Add("Ersetzungsanfang", 'n', "{");
+    l.Add("Ersetzungsende", 'n', "}");
+    l.Add("v");
+    l.Add("other");
+    SetEingabeWert(l.count(), l.list(), "v", "abc");
+    SetEingabeWert(l.count(), l.list(), "other", "abc");
+    const int savedStart = iErsetzungsAnfang, savedEnd = iErsetzungsEnde;
+    iErsetzungsAnfang = 0;
+    iErsetzungsEnde = 1;
+    _pEingabe = &l.list();
+    _pEingabeAnzahl = &l.count();
+    EXPECT_EQ(CompareFunction("_string", Op("=="), nullptr, "{other}", -1, 2, -1, 2, &l.list(), &l.count()), 1);
+    EXPECT_EQ(CompareFunction("_string", Op("=="), nullptr, "x|{other}", -1, 2, -1, 2, &l.list(), &l.count()), 1);
+    EXPECT_EQ(CompareFunction("_string", Op("=="), nullptr, "{other}x", -1, 2, -1, 2, &l.list(), &l.count()), 0);
+    iErsetzungsAnfang = savedStart;
+    iErsetzungsEnde = savedEnd;
+}
+
 TEST(Compare, RightTextIsLeftAsItWas) {
     InputList l;
     l.Add("v");
