@@ -79,6 +79,8 @@ const Case kCases[] = {
     {{"a^i^g^b=1"}, "a=b", {"1"}, nullptr},
     {{"Name=x%00y"}, "Name", {"x"}, nullptr},
     {{"Name=%ZZ%"}, "Name", {"%ZZ%"}, nullptr},
+    {{"Name=%FF%01%7F\xFE\t"}, "Name", {"\xFF\x01\x7F\xFE\t"}, nullptr},
+    {{"L=%00~~%7E%00x"}, "L", {"", "", "~"}, nullptr},
     {{"Name"}, "Name", {""}, nullptr},
     {{"Namex=1"}, "Name", {}, nullptr},
     {{"Nobody=1", "Delete=1"}, "Name", {}, nullptr},
