@@ -3,16 +3,15 @@
 #include <cstring>
 
 #include "kx_convert.h"
-
-extern "C" char *WertzuweisungEingabe(int count, const char *text, int *pCount, EingabeElement **pList,
-                                      const char *divider);
+#include "kx_template.h"
 
 namespace kx::tmpl {
 
-// CompareFunction (with DetermineCompareIndex for the operator) of the
-// conditions module decides here; while the library has no comparisons,
-// every condition is false.
-bool CompareStep(const Comparison & /*comparison*/) { return false; }
+bool CompareStep(const Comparison &c) {
+    const int op = DetermineCompareIndex(c.op, c.opLength);
+    return CompareFunction(c.type, op, c.leftText, c.rightText, c.cycleIndex, c.leftIndex,
+                           c.leftValueIndex, c.elementIndex, c.pList, c.pCount) != 0;
+}
 
 ConversionChain FindConversion(char *branch) {
     char *start = nullptr;

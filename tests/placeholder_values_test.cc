@@ -227,6 +227,33 @@ TEST_F(Placeholders, ControlBranches) {
     EXPECT_EQ(_ThisValueIndex, -1);
 }
 
+TEST_F(Placeholders, ComparedControls) {
+    struct Case { const char *control, *value, *expected; };
+    const std::vector<Case> cases = {
+        {"{=_this==12?A:B}", "12", "A"},
+        {"{=_this==12?A:B}", "13", "B"},
+        {"{=_numeric.{Name}>=10?many:few}", "12", "many"},
+        {"{=_numeric.{Name}>=10?many:few}", "5", "few"},
+        {"{=_this!=1|12?A:_hex._this}", "12", "A"},
+        {"{=_this<5?A:B}", "255", "A"},
+        {"{=_numeric._this<5?A:_hex._this}", "255", "ff"},
+        {"{=_this==12?{=_this==12?in:out}:B}", "12", "in"},
+        {"{=_this=12?A:B}", "12", "B"},
+    };
+    for (const Case &c : cases) {
+        Set("Name", c.value);
+        EXPECT_EQ(Control(c.control, "Name"), c.expected) << c.control << " with " << c.value;
+    }
+}
+
+TEST_F(Placeholders, FileTest) {
+    Set("Dir", dir_.path().c_str());
+    EXPECT_EQ(Control("{=_file.{Dir}/x.ini==1?yes:no}", "Name"), "no");
+    dir_.Write("x.ini", "|\n");
+    EXPECT_EQ(Control("{=_file.{Dir}/x.ini==1?yes:no}", "Name"), "yes");
+    EXPECT_EQ(Control("{=_file.{Dir}\\x.ini!=1?yes:no}", "Name"), "no");
+}
+
 TEST_F(Placeholders, SelfEvaluatingValueEnds) {
     Set("loop", "{loop}{=_this==1?A:_this!}");
     const std::string page = Page("{loop}{=_this==1?A:_this!}\n");

@@ -38,7 +38,32 @@ KX_API int KXUtilsReadIniFile(const char *path, const char *section, int flags, 
  * when memory runs out. */
 KX_API char *KXUtilsStringReplace(const char *text, const char *from, const char *to);
 
-/* Releases a text or block that a KXUtils operation returned; NULL is fine. */
+/* Reads the whole file at path into a new heap buffer, NUL-terminated after
+ * the bytes read (*buffer; release it with KXUtilsFreeResources). Returns the
+ * number of bytes read. On failure returns -1 with *buffer NULL; then
+ * *errorCode (when given) holds the errno value and *errorText (when given) a
+ * heap message to release with KXUtilsFreeResources. On success *errorCode is
+ * 0 and *errorText NULL. */
+KX_API int KXUtilsReadFileToMemoryErrorOutput(const char *path, char **buffer, int *errorCode,
+                                              char **errorText);
+
+/* A new heap text: frontLength bytes of front, middleLength bytes of middle,
+ * backLength bytes of back, then a NUL. A NULL part or a length of 0 or less
+ * (-1 for a NULL middle) leaves that part out. NULL when memory runs out.
+ * Release it with KXUtilsFreeResources. */
+KX_API char *KXUtilsAppendText(const char *front, int frontLength, const char *back, int backLength,
+                               const char *middle, int middleLength);
+
+/* Makes the first length bytes of text (all of it up to its NUL when length is
+ * 0) the new content of the file at path. The file is replaced as a whole: a
+ * temporary file in the same directory is written and renamed over it, and
+ * keeps the old file's permissions. Returns 1 on success; -1 on failure, with
+ * the file untouched and *errorCode / *errorText as for
+ * KXUtilsReadFileToMemoryErrorOutput. */
+KX_API int KXUtilsWriteMemoryToFileErrorOutput(const char *path, const char *text, int length,
+                                               int *errorCode, char **errorText);
+
+/* Releases what the operations of this library returned; NULL is ignored. */
 KX_API void KXUtilsFreeResources(void *resource);
 
 /* Pointer into text to the last occurrence of needle (an empty needle: the

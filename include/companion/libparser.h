@@ -55,6 +55,49 @@ KX_API int stricmp(const char *a, const char *b);
 KX_API int strnicmp(const char *a, const char *b, size_t n);
 KX_API int memicmp(const void *a, const void *b, size_t n);
 
+/* Comparisons behind the condition types of inline controls. Each takes
+ * (left, right), returns 1 when the relation named by its operator holds and
+ * 0 when it does not; a NULL text counts as the empty text.
+ * TextCompare*: byte for byte, bytes as unsigned (the order of strcmp).
+ * TextCompare*i: the same, ASCII letters without regard to case.
+ * TextCompare*N, *Ni: only the first strlen(right) bytes of left take part,
+ *   so "Equal" means "left begins with right" and an empty right text equals
+ *   every left text.
+ * NumericCompare*: the texts are decimal numbers (sign, digits, fraction,
+ *   exponent; blanks and tabs around them ignored), integers exact to 64 bits.
+ *   A text that is no number (empty, "abc", "12abc", out of double range) has
+ *   no order: only NotEqual holds for it. */
+KX_API int TextCompareEqual(const char *left, const char *right);
+KX_API int TextCompareNotEqual(const char *left, const char *right);
+KX_API int TextCompareLowerEqual(const char *left, const char *right);
+KX_API int TextCompareGreaterEqual(const char *left, const char *right);
+KX_API int TextCompareLower(const char *left, const char *right);
+KX_API int TextCompareGreater(const char *left, const char *right);
+KX_API int TextCompareEquali(const char *left, const char *right);
+KX_API int TextCompareNotEquali(const char *left, const char *right);
+KX_API int TextCompareLowerEquali(const char *left, const char *right);
+KX_API int TextCompareGreaterEquali(const char *left, const char *right);
+KX_API int TextCompareLoweri(const char *left, const char *right);
+KX_API int TextCompareGreateri(const char *left, const char *right);
+KX_API int TextCompareEqualN(const char *left, const char *right);
+KX_API int TextCompareNotEqualN(const char *left, const char *right);
+KX_API int TextCompareLowerEqualN(const char *left, const char *right);
+KX_API int TextCompareGreaterEqualN(const char *left, const char *right);
+KX_API int TextCompareLowerN(const char *left, const char *right);
+KX_API int TextCompareGreaterN(const char *left, const char *right);
+KX_API int TextCompareEqualNi(const char *left, const char *right);
+KX_API int TextCompareNotEqualNi(const char *left, const char *right);
+KX_API int TextCompareLowerEqualNi(const char *left, const char *right);
+KX_API int TextCompareGreaterEqualNi(const char *left, const char *right);
+KX_API int TextCompareLowerNi(const char *left, const char *right);
+KX_API int TextCompareGreaterNi(const char *left, const char *right);
+KX_API int NumericCompareEqual(const char *left, const char *right);
+KX_API int NumericCompareNotEqual(const char *left, const char *right);
+KX_API int NumericCompareLowerEqual(const char *left, const char *right);
+KX_API int NumericCompareGreaterEqual(const char *left, const char *right);
+KX_API int NumericCompareLower(const char *left, const char *right);
+KX_API int NumericCompareGreater(const char *left, const char *right);
+
 KX_EXTERN_C_END
 
 #endif

@@ -1,0 +1,133 @@
+// The requests a page makes through reserved entries: "PLSet", "MibPath",
+// "ParameterList" and "SetIniValue".
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "companion/libKXsnmp.h"
+#include "kx_input.h"
+#include "kx_template.h"
+#include "template/assignment_actions.h"
+#include "template/value_cursor.h"
+
+namespace kx::tmpl {
+namespace {
+
+constexpr char kPLSet[] = "PLSet";
+constexpr char kPLSetDefault[] = "yes";
+constexpr char kMibPath[] = "MibPath";
+constexpr char kParameterList[] = "ParameterList";
+constexpr char kSetIniValue[] = "SetIniValue";
+constexpr std::string_view kPairSeparator = ",,";
+constexpr std::string_view kNameValueSeparator = "--";
+constexpr char kListSeparator[] = "|";
+// First bytes that make a text an in-memory definition rather than a name.
+constexpr std::string_view kDefinitionMarkers = "~| &%$\xA7!\"!^#";
+constexpr char kFallbackSeparator = '|';
+// Room for "./" and a definition file name, terminating NUL included.
+constexpr size_t kIniPathSize = 400;
+constexpr int kDefinitionFiles = 2;
+constexpr char kLineEnds[] = "\n\r";
+
+// The separator of a one-line definition: the divider's first byte when it
+// can start an in-memory definition, otherwise "|".
+std::string DefinitionSeparator(std::string_view divider) {
+    const bool usable = !divider.empty() && kDefinitionMarkers.find(divider[0]) != std::string_view::npos;
+    return std::string(1, usable ? divider[0] : kFallbackSeparator);
+}
+
+// The entry's current text, or null.
+const char *CurrentText(EingabeElement &entry) {
+    return entry.Wert != nullptr ? ValueCursor(entry).Current() : entry.Vorgabe;
+}
+
+bool HasText(const char *text) { return text != nullptr && *text != '\0'; }
+
+std::string Decoded(std::string_view encoded) {
+    const std::string source(encoded);
+    char *decoded = ServerDecoding(source.c_str());
+    std::string text(decoded ? decoded : "");
+    std::free(decoded);
+    return text;
+}
+
+// Declares name with value as its default, then sets it; a value with "|"
+// becomes a list. Names that a definition line cannot carry are skipped.
+void DeclareAndSet(int *pCount, EingabeElement **pList, const std::string &separator, const std::string &name,
+                   const std::string &value) {
+    if (name.empty() || name.find_first_of(separator + kLineEnds) != std::string::npos) return;
+    const bool list = value.find(kListSeparator) != std::string::npos;
+    if (AppendToEingabe(pCount, pList, separator.c_str(), name.c_str(), list ? 2 : 1, value.c_str()) != 0) return;
+    const int index = SetEingabeWert(*pCount, *pList, name.c_str(), value.c_str());
+    if (!list || index >= *pCount) return;
+    EingabeElement &entry = (*pList)[index];
+    entry.WertGesetzt = ErmittleTextElemente(entry.Wert, kListSeparator, nullptr, nullptr);
+}
+
+}  // namespace
+
+bool DeclarePLSet(int *pCount, EingabeElement **pList, std::string_view divider) {
+    if (EingabewertIndex(kPLSet, *pList, *pCount) < *pCount) return false;
+    AppendToEingabe(pCount, pList, DefinitionSeparator(divider).c_str(), kPLSet, 1, kPLSetDefault);
+    return true;
+}
+
+void ApplyMibPath(EingabeElement *list, int count) {
+    const int index = EingabewertIndex(kMibPath, list, count);
+    if (index >= count) return;
+    const EingabeElement &entry = list[index];
+    if (HasText(entry.Wert))
+        KXSetMibPath(entry.Wert);
+    else if (HasText(entry.Vorgabe))
+        KXSetMibPath(entry.Vorgabe);
+}
+
+void ApplyParameterList(int *pCount, EingabeElement **pList, std::string_view divider) {
+    const int index = EingabewertIndex(kParameterList, *pList, *pCount);
+    if (index >= *pCount) return;
+    const char *current = CurrentText((*pList)[index]);
+    if (!HasText(current)) return;
+    // A pair may redeclare any entry, this one too: work on a copy.
+    const std::string pairs(current);
+    const std::string separator = DefinitionSeparator(divider);
+    std::string_view rest = pairs;
+    for (bool more = true; more;) {
+        const size_t end = rest.find(kPairSeparator);
+        more = end != std::string_view::npos;
+        const std::string_view pair = rest.substr(0, end);
+        if (more) rest.remove_prefix(end + kPairSeparator.size());
+        const size_t split = pair.find(kNameValueSeparator);
+        if (split == std::string_view::npos) continue;
+        DeclareAndSet(pCount, pList, separator, Decoded(pair.substr(0, split)),
+                      Decoded(pair.substr(split + kNameValueSeparator.size())));
+    }
+    char *encoded = ServerEncoding(pairs.c_str(), nullptr, 0, 0);
+    SetEingabeWertI(*pCount, *pList, index, encoded);
+    std::free(encoded);
+}
+
+void ApplySetIniValue(EingabeElement *list, int count) {
+    const int index = EingabewertIndex(kSetIniValue, list, count);
+    if (index >= count || list[index].Wert == nullptr) return;
+    const char *targetName = ValueCursor(list[index]).Current();
+    if (!HasText(targetName)) return;
+    const int target = EingabewertIndex(targetName, list, count);
+    if (target >= count) return;
+    const char *current = CurrentText(list[target]);
+    if (!HasText(current)) return;
+    // A default ends at the line end: a line break in the value would start
+    // a definition line of its own.
+    const std::string value(current, std::strcspn(current, kLineEnds));
+    for (int file = 0; file < kDefinitionFiles; ++file) {
+        if (_IniFilename[file] == nullptr) continue;
+        const std::string path = std::string("./") + _IniFilename[file];
+        if (path.size() >= kIniPathSize) continue;
+        const char sign = _IniFilenameDivideSign[file];
+        // The key starts a line, so an entry whose name ends like the target's is left alone.
+        const std::string key = std::string("\n") + list[target].Name + sign + list[target].Art + sign;
+        if (ChangeFileContent(path.c_str(), key.c_str(), value.c_str(), kLineEnds, 2) >= 0) return;
+    }
+}
+
+}  // namespace kx::tmpl

@@ -1,0 +1,168 @@
+// CompareFunction: the condition of an inline control, an input-list value
+// against one or more right-hand alternatives.
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "companion/libparser.h"
+#include "kx_input.h"
+#include "kx_template.h"
+#include "template/value_cursor.h"
+
+namespace kx::tmpl {
+namespace {
+
+// A comparison type and its table. Type names are compared without regard to case.
+struct CompareType {
+    const char *name;
+    const VergleichsFunktion *table;
+};
+
+constexpr CompareType kCompareTypes[] = {
+    {"_string", TextCompareFunction},
+    {"_stringi", TextCompareFunctioni},
+    {"_stringn", TextCompareFunctionN},
+    {"_stringni", TextCompareFunctionNi},
+    {"_numeric", NumericCompareFunction},
+    {"_file", NumericCompareFunction},
+    {"_strstr", SubstringCompareFunction},
+};
+
+// The type whose "empty alternative matches an entry without values" rule applies.
+constexpr char kTypeEmptyMatches[] = "_stringn";
+constexpr char kTypeFile[] = "_file";
+constexpr char kAlternativeSeparator[] = "|";
+
+bool IsType(const char *type, const char *name) { return type != nullptr && stricmp(type, name) == 0; }
+
+// The comparison for type at op; null for an unknown type or operator.
+VergleichsFunktion FindComparison(const char *type, int op) {
+    if (op < 0 || op >= CompareTabLength) return nullptr;
+    for (const CompareType &row : kCompareTypes)
+        if (IsType(type, row.name)) return row.table[op];
+    return nullptr;
+}
+
+// The right text with its placeholders evaluated, or URL-decoded when it
+// holds none. Owns the heap text.
+class Alternatives {
+public:
+    Alternatives(const char *rightText, int cycleIndex) {
+        // MatchIt gets a copy of its own, so the caller's text stays as it is.
+        text_ = UtilsErzeugeText(rightText ? rightText : "", rightText ? static_cast<int>(std::strlen(rightText)) : 0);
+        if (text_ == nullptr) return;
+        char *evaluated = MatchIt(text_, "{", cycleIndex, nullptr);
+        if (evaluated != text_) {
+            std::free(text_);
+            text_ = evaluated;
+        } else if (std::strchr(text_, '%') != nullptr) {
+            char *decoded = ServerDecoding(text_);
+            std::free(text_);
+            text_ = decoded;
+        }
+        Split();
+    }
+    ~Alternatives() { std::free(text_); }
+    Alternatives(const Alternatives &) = delete;
+    Alternatives &operator=(const Alternatives &) = delete;
+
+    const std::vector<const char *> &List() const { return list_; }
+
+    // 1 when function holds between left and any alternative, tried in order.
+    int AnyHolds(VergleichsFunktion function, const char *left) const {
+        for (const char *alternative : list_)
+            if (function(left, alternative) != 0) return 1;
+        return 0;
+    }
+
+    bool HasEmpty() const {
+        for (const char *alternative : list_)
+            if (*alternative == '\0') return true;
+        return false;
+    }
+
+private:
+    // ErmittleTextElemente writes a NUL over each "|"; the pieces then follow
+    // one another, each ended by its NUL.
+    void Split() {
+        if (text_ == nullptr) return;
+        const int n = ErmittleTextElemente(text_, kAlternativeSeparator, nullptr, nullptr);
+        const char *piece = text_;
+        for (int i = 0; i < n; ++i) {
+            list_.push_back(piece);
+            piece += std::strlen(piece) + 1;
+        }
+    }
+
+    char *text_ = nullptr;
+    std::vector<const char *> list_;
+};
+
+// Every value of the left entry from its current one, until one matches.
+// The this entry steps along so that the two stay on the same position.
+int AnyValueHolds(const Alternatives &alternatives, VergleichsFunktion function, EingabeElement &left,
+                  EingabeElement *thisEntry) {
+    ValueCursor cursor(left);
+    EingabeElement unused{};
+    ValueCursor thisCursor(thisEntry != nullptr ? *thisEntry : unused);
+    for (int tried = 0; tried < left.WertGesetzt; ++tried) {
+        if (alternatives.AnyHolds(function, cursor.Current())) return 1;
+        if (left.WertGesetzt <= 1 || !cursor.Step()) break;
+        thisCursor.Step();
+    }
+    return 0;
+}
+
+// The value leftValueIndex places after the current one; 0 when there is none.
+int ChosenValueHolds(const Alternatives &alternatives, VergleichsFunktion function, EingabeElement &left,
+                     int leftValueIndex) {
+    ValueCursor cursor(left);
+    int steps = 0;
+    while (steps < leftValueIndex && steps < left.WertGesetzt && cursor.Step()) ++steps;
+    if (steps < leftValueIndex || steps >= left.WertGesetzt) return 0;
+    return alternatives.AnyHolds(function, cursor.Current());
+}
+
+struct Operands {
+    const char *type;
+    int op;
+    int cycleIndex;
+    int leftValueIndex;
+};
+
+int CompareEntry(const Operands &o, const Alternatives &alternatives, EingabeElement *list, int count, int leftIndex,
+                 int elementIndex) {
+    const VergleichsFunktion function = FindComparison(o.type, o.op);
+    if (function == nullptr) return 0;
+    EingabeElement &left = list[leftIndex];
+    if (o.cycleIndex >= 0) return alternatives.AnyHolds(function, ValueCursor(left).Current());
+    if (o.leftValueIndex >= 0) return ChosenValueHolds(alternatives, function, left, o.leftValueIndex);
+    const bool otherThis = elementIndex != leftIndex && elementIndex >= 0 && elementIndex < count;
+    return AnyValueHolds(alternatives, function, left, otherThis ? &list[elementIndex] : nullptr);
+}
+
+int Compare(const Operands &o, const char *leftText, const char *rightText, int leftIndex, int elementIndex,
+            EingabeElement **pList, int *pCount) {
+    // An operator outside the table (a single "=" or "!") never holds.
+    if (o.op < 0 || o.op >= CompareTabLength) return 0;
+    const Alternatives alternatives(rightText, o.cycleIndex);
+    if (alternatives.List().empty()) return 0;
+    if (IsType(o.type, kTypeFile)) return NumericCompareFunction[o.op](leftText, alternatives.List().front());
+
+    EingabeElement *list = pList ? *pList : nullptr;
+    const int count = pCount ? *pCount : 0;
+    if (list == nullptr || leftIndex < 0 || leftIndex >= count) return 0;
+    if (CompareEntry(o, alternatives, list, count, leftIndex, elementIndex) != 0) return 1;
+    // An entry without values equals an empty alternative for "_stringn".
+    return (list[leftIndex].WertGesetzt == 0 && IsType(o.type, kTypeEmptyMatches) && alternatives.HasEmpty()) ? 1 : 0;
+}
+
+}  // namespace
+}  // namespace kx::tmpl
+
+extern "C" int CompareFunction(const char *type, int op, const char *leftText, const char *rightText,
+                               int cycleIndex, int leftIndex, int leftValueIndex, int elementIndex,
+                               EingabeElement **pList, int *pCount) {
+    const kx::tmpl::Operands operands{type, op, cycleIndex, leftValueIndex};
+    return kx::tmpl::Compare(operands, leftText, rightText, leftIndex, elementIndex, pList, pCount);
+}
