@@ -1,12 +1,12 @@
 #include "template/seams.h"
 
-#include <cstring>
-
 #include "kx_convert.h"
 #include "kx_template.h"
 
 namespace kx::tmpl {
 
+// An operator outside the table (a single "=" or "!") has the index -1,
+// which CompareFunction answers with false.
 bool CompareStep(const Comparison &c) {
     const int op = DetermineCompareIndex(c.op, c.opLength);
     return CompareFunction(c.type, op, c.leftText, c.rightText, c.cycleIndex, c.leftIndex,
