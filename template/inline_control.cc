@@ -111,24 +111,28 @@ std::string FileTest(const std::string &left) {
 }
 
 // Puts a list entry on the cycle's value for the comparison, and back after.
+// The comparison may add entries (a DEFINE in its right text), so the list
+// can move meanwhile: the entry is found again by its index.
 class CyclePosition {
 public:
-    CyclePosition(EingabeElement *entry, int cycleIndex) {
-        if (entry == nullptr || cycleIndex < 0 || entry->Art == 'n' || entry->WertGesetzt < 2 ||
+    CyclePosition(const Control &ctl, int index) : ctl_(ctl) {
+        EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, index);
+        if (entry == nullptr || ctl.cycleIndex < 0 || entry->Art == 'n' || entry->WertGesetzt < 2 ||
             entry->WertPosition != 0)
             return;
-        entry_ = entry;
-        const int offset = ValueOffset(*entry, cycleIndex);
+        index_ = index;
+        const int offset = ValueOffset(*entry, ctl.cycleIndex);
         entry->WertPosition = offset >= 0 ? offset : static_cast<int>(ValuesSpan(*entry));
     }
     ~CyclePosition() {
-        if (entry_ != nullptr) entry_->WertPosition = 0;
+        if (EingabeElement *entry = EntryAt(ctl_.pCount, ctl_.pList, index_)) entry->WertPosition = 0;
     }
     CyclePosition(const CyclePosition &) = delete;
     CyclePosition &operator=(const CyclePosition &) = delete;
 
 private:
-    EingabeElement *entry_ = nullptr;
+    const Control &ctl_;
+    int index_ = -1;
 };
 
 char *Evaluate(const Control &ctl, const std::string &branch);
@@ -181,9 +185,8 @@ bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
         leftValueIndex = ctl.valueIndex;
     }
     if (!*usable) return false;
-    EingabeElement *left = EntryAt(ctl.pCount, ctl.pList, leftIndex);
-    if (left == nullptr && cond.type != "_file") return false;
-    const CyclePosition position(cond.left.starts_with("{") ? left : nullptr, ctl.cycleIndex);
+    if (EntryAt(ctl.pCount, ctl.pList, leftIndex) == nullptr && cond.type != "_file") return false;
+    const CyclePosition position(ctl, cond.left.starts_with("{") ? leftIndex : -1);
     return CompareStep({cond.type.c_str(), cond.op.c_str(), static_cast<int>(cond.op.size()),
                         cond.type == "_file" ? fileText.c_str() : nullptr, cond.right.c_str(),
                         ctl.cycleIndex, leftIndex, leftValueIndex, ctl.elementIndex, ctl.pList,

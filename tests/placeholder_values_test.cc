@@ -246,6 +246,18 @@ TEST_F(Placeholders, ComparedControls) {
     }
 }
 
+TEST_F(Placeholders, ComparisonThatDeclaresEntries) {
+    SetList("Typ", {"CPU", "Fan", "CPU"});
+    std::string text = "{={Typ}==Fan{DEFINE n1 a}{DEFINE n2 b}?yes:no}";
+    char *result = nullptr;
+    char message[KX_MESSAGE_SIZE] = "";
+    CreateValueFromControl(text.data(), list_.count(), 1, &list_.count(), &list_.list(), &result, -1, 2,
+                           "}", message);
+    EXPECT_EQ(HeapText(result).str(), "no") << "a line with DEFINEs writes nothing: the text is compared as written";
+    EXPECT_EQ(Values("n2"), "b") << "the list grew while the comparison ran";
+    EXPECT_EQ(Entry("Typ")->WertPosition, 0);
+}
+
 TEST_F(Placeholders, FileTest) {
     Set("Dir", dir_.path().c_str());
     EXPECT_EQ(Control("{=_file.{Dir}/x.ini==1?yes:no}", "Name"), "no");
