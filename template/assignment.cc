@@ -11,6 +11,7 @@
 #include "kx_input.h"
 #include "kx_template.h"
 #include "template/assignment_actions.h"
+#include "template/count_entries.h"
 #include "template/value_cursor.h"
 
 namespace kx::tmpl {
@@ -18,8 +19,6 @@ namespace {
 
 // Words that mark a pressed button when an element begins with one of them.
 constexpr std::string_view kButtonWords[] = {"Save", "Open", "Delete", "Reset", "Submit"};
-// An element "<name>Internalcount=" belongs to the count entry, not to <name>.
-constexpr std::string_view Text_Internalcount = "Internalcount";
 // How a "=" inside a name travels in an assignment.
 constexpr std::string_view kEncodedEquals = "^i^g^";
 constexpr char kButtonValue[] = "on";
@@ -133,6 +132,7 @@ int FindEntry(const Assignment &a, const EingabeElement *list, int count, bool *
         if (!a.element.starts_with(name)) continue;
         const bool longer = a.nameLength > name.size();
         const std::string_view tail = std::string_view(a.element).substr(name.size());
+        // An element "<name>Internalcount=" belongs to the count entry, not to <name>.
         if (longer && tail.starts_with(Text_Internalcount)) continue;
         const bool indexed = longer && tail[0] >= '0' && tail[0] <= '9';
         if (longer && !indexed && !a.button) continue;

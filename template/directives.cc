@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kx_template.h"
+#include "template/cycle.h"
 #include "template/entry_values.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
@@ -121,11 +122,12 @@ char *Define(Invocation &inv, const Placeholder &ph, char *pos) {
     const std::string_view value = TrimBlanks(body.substr(nameEnd));
     if (name.empty() || value.empty()) {
         if (!inv.Current().skip) inv.Write(pos);
-        return nullptr;
+        return LineEnds(inv);
     }
     const Evaluated evaluated{std::string(value), inv.CycleIndex()};
     DeclareDefined(inv, name, std::string(evaluated.Text()).c_str());
-    return inv.level == 0 ? AfterDefine(inv, ph) : nullptr;
+    // During a replay the rest of the stored line is dropped.
+    return inv.level == 0 ? AfterDefine(inv, ph) : LineEnds(inv);
 }
 
 }  // namespace kx::tmpl

@@ -25,11 +25,27 @@ inline constexpr size_t kLineBufferHeadroom = 10;
 // The list divider of the page engine.
 inline constexpr const char *kListDivider = "~";
 
+// What a level is doing with its CYCLE block.
+enum class CycleState { Idle, Collecting, Replaying };
+
+// One level of CYCLE blocks. Line 0 of a body is the CYCLE directive, its
+// last line the /CYCLE directive.
 struct Level {
-    int state = 0;   // 0 idle; the cycle blocks collect and replay at 1 and 2
-    int counter = 0; // iterations finished so far ("{CycleCount}")
-    int limit = 1;
-    bool skip = false;
+    CycleState state = CycleState::Idle;
+    std::vector<std::string> lines; // the stored body
+    size_t lineIndex = 0;           // the stored line being replayed
+    int counter = 0;                // iterations finished so far ("{CycleCount}")
+    int limit = 1;                  // number of iterations
+    bool skip = false;              // the IF skip flag of this level
+    std::string cycleName;          // the list of groups a nested cycle belongs to
+    std::string leftover;           // the text after the outermost "/CYCLE" on its line
+    int governing = -1;             // index of the count entry that sets the limit
+    int countValue = -1;            // the number read from it
+    std::vector<const char *> recorded; // Name texts of the entries written here
+
+    // Back to idle, the body and everything else but the leftover and the
+    // recorded names dropped.
+    void Reset();
 };
 
 // The (name, value) pairs of the page's text file.
@@ -77,9 +93,14 @@ struct Invocation {
 
     Level levels[kLevelCount];
     int level = 0;
+    int deepest = 0;       // the deepest level entered since the outermost cycle started
+    int refused = 0;       // CYCLE directives refused at the deepest level, still open
+    long iterations = 0;   // iterations replayed by this call
     ErsetzungsName name = {};
 
     Level &Current() { return levels[level]; }
+    bool Collecting() const { return levels[level].state == CycleState::Collecting; }
+    bool Replaying() const { return level > 0 && levels[level].state == CycleState::Replaying; }
     int CycleIndex() const;
     void Write(std::string_view piece);
     void ClearName();

@@ -4,24 +4,29 @@
 #include <cstring>
 
 #include "kx_template.h"
+#include "template/cycle.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
 
 namespace kx::tmpl {
 namespace {
 
-// End of the text: the rest is written unless an IF withheld the line.
+// End of the text: the rest is written unless an IF withheld the line; a
+// level collecting a cycle body stores it.
 char *EndOfText(Invocation &inv, char *pos) {
-    if (inv.Current().skip) return nullptr;
+    if (inv.Current().skip) return LineEnds(inv);
+    if (inv.Collecting()) return Collect(inv, pos, pos);
     if (!inv.ifPrefix) inv.Write(pos);
     inv.ifPrefix = false;
-    return nullptr;
+    return LineEnds(inv);
 }
 
 // A start marker without an end: the rest is written as it stands.
 char *Unfinished(Invocation &inv, char *pos) {
-    if (!inv.Current().skip) inv.Write(pos);
-    return nullptr;
+    if (inv.Current().skip) return LineEnds(inv);
+    if (inv.Collecting()) return Collect(inv, pos, pos);
+    inv.Write(pos);
+    return LineEnds(inv);
 }
 
 // Directive-like placeholders ("CycleCount", IF, anything on a line with a
@@ -71,33 +76,28 @@ void Measure(const Invocation &inv, Placeholder &ph) {
     ph.nameLength = static_cast<size_t>(ph.E - ph.P - 1) - (ph.doubled ? 1 : 0);
 }
 
-// "/CYCLE" outside a cycle block.
-char *EndCycle(Invocation &inv) {
-    inv.Write("<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\n");
-    return nullptr;
-}
-
 // The directives, tested in this order; everything else is an ordinary
-// placeholder. The cycle blocks take over "CYCLE" and "/CYCLE" at the levels
-// above 0; outside them a "CYCLE" placeholder is text like any unknown name.
+// placeholder, stored instead while a level collects a cycle body.
 char *Dispatch(Invocation &inv, Placeholder &ph, char *pos) {
     Level &level = inv.Current();
     if (StartsWith(ph.name, "IF")) {
         if (!IfHolds(inv, ph)) {
             level.skip = true;
-            return nullptr;
+            return LineEnds(inv);
         }
     } else if (NameIs(ph, "/ELSE")) {
         level.skip = !level.skip;
-        return nullptr;
+        return LineEnds(inv);
     } else if (NameIs(ph, "/IF")) {
         level.skip = false;
-        return nullptr;
+        return LineEnds(inv);
     } else if (StartsWith(ph.name, "DEFINE")) {
-        return Define(inv, ph, pos);
+        return inv.Collecting() ? Collect(inv, pos, ph.P + 1) : Define(inv, ph, pos);
     }
-    if (level.skip) return nullptr;
-    if (NameIs(ph, "/CYCLE") && inv.level == 0) return EndCycle(inv);
+    if (level.skip) return LineEnds(inv);
+    if (StartsWith(ph.name, "CYCLE") && !RefuseCycle(inv)) return StartCycle(inv, ph, pos);
+    if (NameIs(ph, "/CYCLE") && !RefuseCycleEnd(inv)) return EndCycle(inv, ph, pos);
+    if (inv.Collecting()) return Collect(inv, pos, After(inv, ph));
     return Ordinary(inv, ph, pos);
 }
 
@@ -107,7 +107,9 @@ char *Step(Invocation &inv, char *pos) {
     char *start = inv.markersDefined ? std::strstr(pos, inv.startMarker.c_str()) : nullptr;
     if (start == nullptr) return EndOfText(inv, pos);
     // A level collecting a cycle body stores a line whose placeholder is a
-    // DEFINE here, unprocessed.
+    // DEFINE unprocessed.
+    if (inv.Collecting() && StartsWith(start + inv.startMarker.size(), "DEFINE"))
+        return Collect(inv, pos, start + 1);
     Placeholder ph;
     ph.P = start;
     ph.E = std::strstr(start + 1, inv.endMarker.c_str());

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "kx_template.h"
+#include "template/cycle.h"
 #include "template/entry_values.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
@@ -104,8 +105,7 @@ int RunControl(Invocation &inv, Placeholder &ph, int index, char **owned) {
     int length = 0;
     if (next != nullptr && std::strncmp(next, start.c_str(), start.size()) == 0 &&
         next[start.size()] == '=') {
-        // The cycle blocks add the offset of an enclosing cycle here.
-        length = CreateValueFromControl(next, index, inv.CycleIndex(), inv.pCount, inv.pList,
+        length = CreateValueFromControl(next, index, ControlCycleIndex(inv), inv.pCount, inv.pList,
                                         owned, ph.valueIndex, skip, inv.endMarker.c_str(),
                                         inv.message);
         ph.E += length;
@@ -167,14 +167,16 @@ char *Ordinary(Invocation &inv, Placeholder &ph, char *pos) {
     const int index = FindEntry(*inv.pList, *inv.pCount, ph.Name());
     const bool control = ph.nameLength >= 2 && StartsWith(ph.name, "=_");
     if (index >= *inv.pCount && !control) return Unknown(inv, ph);
-    // During a cycle's replay, the cycle blocks set the iteration limit and
-    // step list values here.
+    CountIterations(inv, index, ph.valueIndex);
     char *owned = nullptr;
     const int controlLength = RunControl(inv, ph, index, &owned);
     const char *rest = ph.M != nullptr ? ph.M + 1 + controlLength : ph.E + 1;
-    WriteValue(inv, ph, index, owned, ImageName(rest));
+    {
+        const CycleValue value(inv, index);
+        WriteValue(inv, ph, index, owned, ImageName(rest));
+    }
     std::free(owned);
-    // The cycle blocks record the entry for the level here (levels above 0).
+    if (!control) RecordEntry(inv, index);
     return After(inv, ph);
 }
 

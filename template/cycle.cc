@@ -1,0 +1,357 @@
+// CYCLE blocks: collecting a body, replaying it once per iteration, the
+// number of iterations, stepping list values and the offset of a nested
+// cycle's group.
+#include "template/cycle.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "template/count_entries.h"
+#include "template/entry_values.h"
+
+namespace kx::tmpl {
+namespace {
+
+constexpr const char *kNoMatchingCycle = "<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\n";
+
+// The scratch room for a cycle name followed by "Internalcount".
+constexpr size_t kScratchSize = 512;
+
+// The decimal value of a count text; 0 for none, clamped to the int range.
+int CountOf(const char *text) {
+    if (text == nullptr) return 0;
+    const long value = std::strtol(text, nullptr, 10);
+    return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
+}
+
+// Steps an entry to its next value. A position that already stands past the
+// last value stays there (it reads as the empty text), so nothing behind the
+// values is ever read.
+void StepValue(EingabeElement &entry) {
+    if (entry.Wert == nullptr || entry.WertPosition < 0) return;
+    const size_t at = static_cast<size_t>(entry.WertPosition);
+    if (at >= ValuesSpan(entry)) return;
+    entry.WertPosition += static_cast<int>(std::strlen(entry.Wert + at)) + 1;
+}
+
+bool Recorded(const Level &level, const char *name) {
+    return std::find(level.recorded.begin(), level.recorded.end(), name) != level.recorded.end();
+}
+
+EingabeElement *List(const Invocation &inv) { return *inv.pList; }
+
+// The stored line at the level's line index becomes the text processed.
+char *ReplayLine(Invocation &inv) {
+    Level &level = inv.Current();
+    if (level.lineIndex >= level.lines.size()) return nullptr;
+    inv.textStart = level.lines[level.lineIndex].data();
+    return inv.textStart;
+}
+
+// Enters a level that replays its body: line 1 follows the directive.
+char *EnterReplay(Invocation &inv, int level) {
+    inv.level = level;
+    inv.levels[level].lineIndex = 1;
+    inv.refused = 0;
+    ++inv.iterations;
+    return ReplayLine(inv);
+}
+
+// Where a directive's line goes on: after its end marker, blanks, line ends
+// and the ">" that closes its comment.
+char *AfterDirective(const Invocation &inv, const Placeholder &ph) {
+    char *rest = After(inv, ph);
+    return rest + std::strspn(rest, " \t\r\n>");
+}
+
+// The comment opener "<!" or "//" before the directive at P; a directive
+// written without one is its own opener.
+char *CycleOpener(char *pos, char *P) {
+    char *html = std::strstr(pos, "<!");
+    if (html != nullptr && html <= P) return html;
+    char *script = std::strstr(pos, "//");
+    if (script != nullptr && script <= P) return script;
+    return P;
+}
+
+char *EndOfIteration(Invocation &inv);
+
+// The lists written at the level go on: the recorded ones by one value, and
+// the count entry of the next level's group gives its new size.
+char *NextIteration(Invocation &inv) {
+    Level &level = inv.Current();
+    level.lineIndex = 1;
+    inv.refused = 0;
+    ++inv.iterations;
+    const int next = inv.level + 1;
+    for (int i = 0; i < *inv.pCount; ++i) {
+        EingabeElement &entry = List(inv)[i];
+        if (entry.WertGesetzt < 2) continue;
+        if (Recorded(level, entry.Name)) StepValue(entry);
+        if (next < kLevelCount && inv.levels[next].governing == i)
+            inv.levels[next].countValue = CountOf(CurrentText(entry));
+    }
+    return ReplayLine(inv);
+}
+
+// After the last iteration: ungoverned lists go back to their first value,
+// governed ones on to the value after the group.
+void RewindLists(Invocation &inv, const Level &level) {
+    for (int i = 0; i < *inv.pCount; ++i) {
+        EingabeElement &entry = List(inv)[i];
+        if (entry.WertGesetzt <= 1 || !Recorded(level, entry.Name)) continue;
+        if (level.governing < 0)
+            entry.WertPosition = 0;
+        else
+            StepValue(entry);
+    }
+}
+
+// The outermost cycle has ended: the text after its /CYCLE goes on at level 0.
+char *ResumePage(Invocation &inv) {
+    for (Level &level : inv.levels) {
+        level.governing = -1;
+        level.countValue = -1;
+    }
+    std::string leftover;
+    leftover.swap(inv.levels[1].leftover);
+    if (leftover.empty()) return nullptr;
+    const size_t length = std::min(leftover.size(), inv.line.size() - 1);
+    std::memcpy(inv.line.data(), leftover.data(), length);
+    inv.line[length] = '\0';
+    inv.textStart = inv.line.data();
+    return inv.textStart;
+}
+
+// The outermost body is collected: every level collected starts replaying.
+char *BeginReplay(Invocation &inv) {
+    for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].state = CycleState::Replaying;
+    return EnterReplay(inv, 1);
+}
+
+// Leaves the current level; rest is the text after a /CYCLE that ended a
+// collection.
+char *Leave(Invocation &inv, char *rest) {
+    --inv.level;
+    if (inv.level > 0) {
+        if (inv.Replaying()) return LineEnds(inv);
+        // The text after a nested /CYCLE belongs to the enclosing body.
+        ++inv.Current().lineIndex;
+        return rest;
+    }
+    if (inv.levels[1].state == CycleState::Idle) return ResumePage(inv);
+    return BeginReplay(inv);
+}
+
+char *LastIterationDone(Invocation &inv) {
+    const int at = inv.level;
+    if (at == 1) {
+        for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].Reset();
+    } else {
+        inv.Current().lineIndex = 0;
+        inv.Current().counter = 0;
+    }
+    RewindLists(inv, inv.Current());
+    if (at == 1) {
+        for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].recorded.clear();
+        inv.deepest = 0;
+    }
+    return Leave(inv, nullptr);
+}
+
+// Each iteration starts with the IF skip flag clear: a false IF met during
+// the replay drops the rest of its iteration only.
+char *EndOfIteration(Invocation &inv) {
+    Level &level = inv.Current();
+    level.skip = false;
+    ++level.counter;
+    if (level.counter < level.limit && inv.iterations < kMaxCycleIterations)
+        return NextIteration(inv);
+    return LastIterationDone(inv);
+}
+
+// The /CYCLE that closes a body being collected is its last line.
+char *EndCollection(Invocation &inv, const Placeholder &ph, char *pos) {
+    Level &level = inv.Current();
+    level.lineIndex = 0;
+    level.counter = 0;
+    char *rest = AfterDirective(inv, ph);
+    if (*rest == '\0') {
+        level.lines.emplace_back(pos);
+        return Leave(inv, nullptr);
+    }
+    level.lines.emplace_back(pos, static_cast<size_t>(rest - pos));
+    if (inv.level == 1) {
+        level.leftover = rest;
+        rest = nullptr;
+    }
+    return Leave(inv, rest);
+}
+
+// The first "{CYCLE" or "{/CYCLE}" from from on, with its comment opener.
+char *NextDirective(char *pos, char *from) {
+    char *start = std::strstr(from, "{CYCLE");
+    char *end = std::strstr(from, "{/CYCLE}");
+    char *first = start == nullptr ? end : end == nullptr ? start : std::min(start, end);
+    if (first == nullptr) return nullptr;
+    if (first - pos >= 2 && (std::strncmp(first - 2, "<!", 2) == 0 ||
+                             std::strncmp(first - 2, "//", 2) == 0))
+        return first - 2;
+    return first;
+}
+
+// The group of a nested cycle: how many values of the flat inner list the
+// groups before the current value of the cycle's list G hold.
+int GroupOffset(const Invocation &inv, const std::string &group) {
+    if (group.empty() || group.size() + Text_Internalcount.size() >= kScratchSize) return 0;
+    const int list = FindEntry(List(inv), *inv.pCount, group);
+    const std::string countName = group + std::string(Text_Internalcount);
+    const int counts = FindEntry(List(inv), *inv.pCount, countName);
+    if (list >= *inv.pCount || counts >= *inv.pCount) return 0;
+    const EingabeElement &entry = List(inv)[list];
+    if (entry.Wert == nullptr) return 0;
+    int k = 0;
+    for (size_t offset = 0; k < entry.WertGesetzt && static_cast<long>(offset) < entry.WertPosition;
+         ++k)
+        offset += std::strlen(entry.Wert + offset) + 1;
+    if (k >= entry.WertGesetzt) return 0;
+    long sum = 0;
+    for (int i = 0; i < k; ++i) sum += CountOf(ValueAt(List(inv)[counts], i));
+    return static_cast<int>(std::clamp<long>(sum, INT_MIN, INT_MAX));
+}
+
+}  // namespace
+
+void Level::Reset() {
+    state = CycleState::Idle;
+    lines.clear();
+    lineIndex = 0;
+    counter = 0;
+    limit = 1;
+    skip = false;
+    cycleName.clear();
+    governing = -1;
+    countValue = -1;
+}
+
+char *LineEnds(Invocation &inv) {
+    if (!inv.Replaying()) return nullptr;
+    Level &level = inv.Current();
+    ++level.lineIndex;
+    // Only a /CYCLE line dropped under a false IF lets the replay run out.
+    if (level.lineIndex >= level.lines.size()) return EndOfIteration(inv);
+    return ReplayLine(inv);
+}
+
+bool RefuseCycle(Invocation &inv) {
+    const int next = inv.level + 1;
+    const bool refuse = next >= kLevelCount ||
+                        (inv.Replaying() && inv.levels[next].state != CycleState::Replaying);
+    if (refuse) ++inv.refused;
+    return refuse;
+}
+
+bool RefuseCycleEnd(Invocation &inv) {
+    if (inv.refused == 0) return false;
+    --inv.refused;
+    return true;
+}
+
+char *StartCycle(Invocation &inv, const Placeholder &ph, char *pos) {
+    const int next = inv.level + 1;
+    Level &level = inv.levels[next];
+    if (level.state == CycleState::Replaying) return EnterReplay(inv, next);
+    level.state = CycleState::Collecting;
+    inv.deepest = std::max(inv.deepest, next);
+    if (next > 1) inv.Current().lines.emplace_back(pos);
+    char *opener = CycleOpener(pos, ph.P);
+    inv.Write({pos, static_cast<size_t>(opener - pos)});
+    char *rest = AfterDirective(inv, ph);
+    level.lines.emplace_back(opener, static_cast<size_t>(rest - opener));
+    constexpr size_t kWordAndSeparator = 6; // "CYCLE" and one separator character
+    if (ph.nameLength > kWordAndSeparator)
+        level.cycleName.assign(ph.name + kWordAndSeparator, ph.nameLength - kWordAndSeparator);
+    inv.level = next;
+    inv.refused = 0;
+    return *rest == '\0' ? nullptr : rest;
+}
+
+char *EndCycle(Invocation &inv, const Placeholder &ph, char *pos) {
+    if (inv.level == 0) {
+        inv.Write(kNoMatchingCycle);
+        return nullptr;
+    }
+    if (inv.Collecting()) return EndCollection(inv, ph, pos);
+    return EndOfIteration(inv);
+}
+
+char *Collect(Invocation &inv, char *pos, char *searchFrom) {
+    char *split = NextDirective(pos, searchFrom);
+    std::vector<std::string> &lines = inv.Current().lines;
+    if (split != nullptr && split > pos) {
+        lines.emplace_back(pos, static_cast<size_t>(split - pos));
+        return split;
+    }
+    lines.emplace_back(pos);
+    return nullptr;
+}
+
+void CountIterations(Invocation &inv, int index, int valueIndex) {
+    if (!inv.Replaying() || valueIndex >= 0 || index < 0 || index >= *inv.pCount) return;
+    Level &level = inv.Current();
+    const EingabeElement &entry = List(inv)[index];
+    if (level.governing < 0) {
+        level.limit = std::max(level.limit, entry.WertGesetzt);
+        return;
+    }
+    if (index == level.governing) level.countValue = CountOf(CurrentText(entry));
+    level.limit = level.countValue;
+}
+
+void RecordEntry(Invocation &inv, int index) {
+    if (inv.level == 0 || index < 0 || index >= *inv.pCount) return;
+    Level &level = inv.Current();
+    const EingabeElement &entry = List(inv)[index];
+    if (Recorded(level, entry.Name) || (!level.cycleName.empty() && level.cycleName == entry.Name))
+        return;
+    level.recorded.push_back(entry.Name);
+    const std::string countName = std::string(entry.Name) + std::string(Text_Internalcount);
+    const int counts = FindEntry(List(inv), *inv.pCount, countName);
+    if (counts >= *inv.pCount) return;
+    const int next = inv.level + 1;
+    if (next < kLevelCount) {
+        inv.levels[next].governing = counts;
+        inv.levels[next].countValue = CountOf(CurrentText(List(inv)[counts]));
+    }
+    if (!Recorded(level, List(inv)[counts].Name)) level.recorded.push_back(List(inv)[counts].Name);
+}
+
+int ControlCycleIndex(const Invocation &inv) {
+    if (inv.fixedCycleIndex >= 0) return inv.fixedCycleIndex;
+    if (inv.level == 0) return -1;
+    const Level &level = inv.levels[inv.level];
+    const long index = static_cast<long>(level.counter) + GroupOffset(inv, level.cycleName);
+    return static_cast<int>(std::clamp<long>(index, INT_MIN, INT_MAX));
+}
+
+CycleValue::CycleValue(Invocation &inv, int index) : inv_(inv) {
+    if (!inv.Replaying() || inv.Current().counter <= 0) return;
+    EingabeElement *entry = EntryAt(inv.pCount, inv.pList, index);
+    if (entry == nullptr || entry->Art == 'n' || entry->WertGesetzt <= 1 || entry->WertPosition != 0 ||
+        entry->Wert == nullptr)
+        return;
+    const int offset = ValueOffset(*entry, inv.Current().counter);
+    // A list shorter than the cycle reads as the empty text past its end.
+    entry->WertPosition = offset >= 0 ? offset : static_cast<int>(ValuesSpan(*entry));
+    index_ = index;
+}
+
+CycleValue::~CycleValue() {
+    EingabeElement *entry = EntryAt(inv_.pCount, inv_.pList, index_);
+    if (entry != nullptr) entry->WertPosition = 0;
+}
+
+}  // namespace kx::tmpl
