@@ -77,6 +77,13 @@ char *CycleOpener(char *pos, char *P) {
     return P;
 }
 
+// The "<!" or "//" written directly before the directive at P, else P.
+char *AdjacentOpener(char *pos, char *P) {
+    if (P - pos >= 2 && (std::strncmp(P - 2, "<!", 2) == 0 || std::strncmp(P - 2, "//", 2) == 0))
+        return P - 2;
+    return P;
+}
+
 char *EndOfIteration(Invocation &inv);
 
 // The lists written at the level go on: the recorded ones by one value, and
@@ -178,12 +185,15 @@ char *EndCollection(Invocation &inv, const Placeholder &ph, char *pos) {
     Level &level = inv.Current();
     level.lineIndex = 0;
     level.counter = 0;
+    // Text before the directive on its line ends the body's last row.
+    char *opener = AdjacentOpener(pos, ph.P);
+    if (opener > pos) level.lines.emplace_back(pos, static_cast<size_t>(opener - pos));
     char *rest = AfterDirective(inv, ph);
     if (*rest == '\0') {
-        level.lines.emplace_back(pos);
+        level.lines.emplace_back(opener);
         return Leave(inv, nullptr);
     }
-    level.lines.emplace_back(pos, static_cast<size_t>(rest - pos));
+    level.lines.emplace_back(opener, static_cast<size_t>(rest - opener));
     if (inv.level == 1) {
         level.leftover = rest;
         rest = nullptr;
@@ -196,11 +206,7 @@ char *NextDirective(char *pos, char *from) {
     char *start = std::strstr(from, "{CYCLE");
     char *end = std::strstr(from, "{/CYCLE}");
     char *first = start == nullptr ? end : end == nullptr ? start : std::min(start, end);
-    if (first == nullptr) return nullptr;
-    if (first - pos >= 2 && (std::strncmp(first - 2, "<!", 2) == 0 ||
-                             std::strncmp(first - 2, "//", 2) == 0))
-        return first - 2;
-    return first;
+    return first == nullptr ? nullptr : AdjacentOpener(pos, first);
 }
 
 // The group of a nested cycle: how many values of the flat inner list the

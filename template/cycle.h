@@ -12,7 +12,7 @@ namespace kx::tmpl {
 // The iterations one call replays at most, all levels together. A count
 // entry or a list can ask for any number; past this the running iterations
 // end as if their limit were reached.
-inline constexpr long kMaxCycleIterations = 1000000;
+inline constexpr long kMaxCycleIterations = 200000;
 
 // The logical line ends: during a replay the next stored line is processed
 // (returned), otherwise NULL.
