@@ -28,6 +28,11 @@ public:
         Add("brace", {"{user}{=?a:b} <!{IF 0}> %s %n ~ }"});
         Add("EnumOutput", {"Numeric"});
         Add("DeleteCopyright", {"yes"});
+        // Groups for nested CYCLE blocks: g's values hold 2 and 1 of v's.
+        Add("g", {"x", "y"}, 'j');
+        Add("gInternalcount", {"2", "1"}, 'j');
+        Add("v", {"p", "q", "r"}, 'j');
+        Add("other", {"K0", "K1"}, 'x');
         iErsetzungsAnfang = 0;
         iErsetzungsEnde = 1;
         _pEingabe = &list_;
