@@ -37,8 +37,8 @@ void StepValue(EingabeElement &entry) {
     entry.WertPosition += static_cast<int>(std::strlen(entry.Wert + at)) + 1;
 }
 
-bool Recorded(const Level &level, const char *name) {
-    return std::find(level.recorded.begin(), level.recorded.end(), name) != level.recorded.end();
+bool Recorded(const Body &body, const char *name) {
+    return std::find(body.recorded.begin(), body.recorded.end(), name) != body.recorded.end();
 }
 
 EingabeElement *List(const Invocation &inv) { return *inv.pList; }
@@ -46,14 +46,16 @@ EingabeElement *List(const Invocation &inv) { return *inv.pList; }
 // The stored line at the level's line index becomes the text processed.
 char *ReplayLine(Invocation &inv) {
     Level &level = inv.Current();
-    if (level.lineIndex >= level.lines.size()) return nullptr;
-    inv.textStart = level.lines[level.lineIndex].data();
+    Body &body = level.Active();
+    if (level.lineIndex >= body.lines.size()) return nullptr;
+    inv.textStart = body.lines[level.lineIndex].data();
     return inv.textStart;
 }
 
-// Enters a level that replays its body: line 1 follows the directive.
-char *EnterReplay(Invocation &inv, int level) {
+// Enters a level that replays a body: line 1 follows the directive.
+char *EnterReplay(Invocation &inv, int level, size_t body) {
     inv.level = level;
+    inv.levels[level].body = body;
     inv.levels[level].lineIndex = 1;
     inv.refused = 0;
     ++inv.iterations;
@@ -86,6 +88,38 @@ char *AdjacentOpener(char *pos, char *P) {
 
 char *EndOfIteration(Invocation &inv);
 
+// During a replay: the body at the next level of the nested CYCLE directive
+// on the current stored line.
+bool NestedBody(Invocation &inv, size_t *index) {
+    const int next = inv.level + 1;
+    if (next >= kLevelCount || inv.levels[next].state != CycleState::Replaying) return false;
+    const Level &level = inv.Current();
+    for (const auto &[line, body] : inv.Current().Active().nested) {
+        if (line != level.lineIndex || body >= inv.levels[next].bodies.size()) continue;
+        *index = body;
+        return true;
+    }
+    return false;
+}
+
+// A CYCLE directive collected at level - 1 starts a body at level; a level
+// that collects already gets a further body beside the ones it holds. The
+// enclosing body stores the whole text as the line that enters it.
+Body &StartBody(Invocation &inv, int level, char *text) {
+    Level &at = inv.levels[level];
+    if (at.state != CycleState::Collecting) at.bodies.clear();
+    at.state = CycleState::Collecting;
+    at.body = at.bodies.size();
+    at.bodies.emplace_back();
+    inv.deepest = std::max(inv.deepest, level);
+    if (level > 1) {
+        Body &outer = inv.Current().Active();
+        outer.nested.emplace_back(outer.lines.size(), at.body);
+        outer.lines.emplace_back(text);
+    }
+    return at.bodies.back();
+}
+
 // The lists written at the level go on: the recorded ones by one value, and
 // the count entry of the next level's group gives its new size.
 char *NextIteration(Invocation &inv) {
@@ -97,7 +131,7 @@ char *NextIteration(Invocation &inv) {
     for (int i = 0; i < *inv.pCount; ++i) {
         EingabeElement &entry = List(inv)[i];
         if (entry.WertGesetzt < 2) continue;
-        if (Recorded(level, entry.Name)) StepValue(entry);
+        if (Recorded(level.Active(), entry.Name)) StepValue(entry);
         if (next < kLevelCount && inv.levels[next].governing == i)
             inv.levels[next].countValue = CountOf(CurrentText(entry));
     }
@@ -106,11 +140,11 @@ char *NextIteration(Invocation &inv) {
 
 // After the last iteration: ungoverned lists go back to their first value,
 // governed ones on to the value after the group.
-void RewindLists(Invocation &inv, const Level &level) {
+void RewindLists(Invocation &inv, const Body &body, bool governed) {
     for (int i = 0; i < *inv.pCount; ++i) {
         EingabeElement &entry = List(inv)[i];
-        if (entry.WertGesetzt <= 1 || !Recorded(level, entry.Name)) continue;
-        if (level.governing < 0)
+        if (entry.WertGesetzt <= 1 || !Recorded(body, entry.Name)) continue;
+        if (!governed)
             entry.WertPosition = 0;
         else
             StepValue(entry);
@@ -136,7 +170,7 @@ char *ResumePage(Invocation &inv) {
 // The outermost body is collected: every level collected starts replaying.
 char *BeginReplay(Invocation &inv) {
     for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].state = CycleState::Replaying;
-    return EnterReplay(inv, 1);
+    return EnterReplay(inv, 1, 0);
 }
 
 // Leaves the current level; rest is the text after a /CYCLE that ended a
@@ -154,17 +188,15 @@ char *Leave(Invocation &inv, char *rest) {
 }
 
 char *LastIterationDone(Invocation &inv) {
-    const int at = inv.level;
-    if (at == 1) {
+    Level &level = inv.Current();
+    RewindLists(inv, level.Active(), level.governing >= 0);
+    if (inv.level == 1) {
+        // The outermost cycle frees every body it collected.
         for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].Reset();
-    } else {
-        inv.Current().lineIndex = 0;
-        inv.Current().counter = 0;
-    }
-    RewindLists(inv, inv.Current());
-    if (at == 1) {
-        for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].recorded.clear();
         inv.deepest = 0;
+    } else {
+        level.lineIndex = 0;
+        level.counter = 0;
     }
     return Leave(inv, nullptr);
 }
@@ -175,7 +207,7 @@ char *EndOfIteration(Invocation &inv) {
     Level &level = inv.Current();
     level.skip = false;
     ++level.counter;
-    if (level.counter < level.limit && inv.iterations < kMaxCycleIterations)
+    if (level.counter < level.Active().limit && inv.iterations < kMaxCycleIterations)
         return NextIteration(inv);
     return LastIterationDone(inv);
 }
@@ -185,15 +217,16 @@ char *EndCollection(Invocation &inv, const Placeholder &ph, char *pos) {
     Level &level = inv.Current();
     level.lineIndex = 0;
     level.counter = 0;
+    std::vector<std::string> &lines = level.Active().lines;
     // Text before the directive on its line ends the body's last row.
     char *opener = AdjacentOpener(pos, ph.P);
-    if (opener > pos) level.lines.emplace_back(pos, static_cast<size_t>(opener - pos));
+    if (opener > pos) lines.emplace_back(pos, static_cast<size_t>(opener - pos));
     char *rest = AfterDirective(inv, ph);
     if (*rest == '\0') {
-        level.lines.emplace_back(opener);
+        lines.emplace_back(opener);
         return Leave(inv, nullptr);
     }
-    level.lines.emplace_back(opener, static_cast<size_t>(rest - opener));
+    lines.emplace_back(opener, static_cast<size_t>(rest - opener));
     if (inv.level == 1) {
         level.leftover = rest;
         rest = nullptr;
@@ -233,12 +266,11 @@ int GroupOffset(const Invocation &inv, const std::string &group) {
 
 void Level::Reset() {
     state = CycleState::Idle;
-    lines.clear();
+    bodies.clear();
+    body = 0;
     lineIndex = 0;
     counter = 0;
-    limit = 1;
     skip = false;
-    cycleName.clear();
     governing = -1;
     countValue = -1;
 }
@@ -248,14 +280,14 @@ char *LineEnds(Invocation &inv) {
     Level &level = inv.Current();
     ++level.lineIndex;
     // Only a /CYCLE line dropped under a false IF lets the replay run out.
-    if (level.lineIndex >= level.lines.size()) return EndOfIteration(inv);
+    if (level.lineIndex >= level.Active().lines.size()) return EndOfIteration(inv);
     return ReplayLine(inv);
 }
 
 bool RefuseCycle(Invocation &inv) {
     const int next = inv.level + 1;
-    const bool refuse = next >= kLevelCount ||
-                        (inv.Replaying() && inv.levels[next].state != CycleState::Replaying);
+    size_t body = 0;
+    const bool refuse = next >= kLevelCount || (inv.Replaying() && !NestedBody(inv, &body));
     if (refuse) ++inv.refused;
     return refuse;
 }
@@ -268,18 +300,16 @@ bool RefuseCycleEnd(Invocation &inv) {
 
 char *StartCycle(Invocation &inv, const Placeholder &ph, char *pos) {
     const int next = inv.level + 1;
-    Level &level = inv.levels[next];
-    if (level.state == CycleState::Replaying) return EnterReplay(inv, next);
-    level.state = CycleState::Collecting;
-    inv.deepest = std::max(inv.deepest, next);
-    if (next > 1) inv.Current().lines.emplace_back(pos);
+    size_t nested = 0;
+    if (inv.Replaying() && NestedBody(inv, &nested)) return EnterReplay(inv, next, nested);
+    Body &body = StartBody(inv, next, pos);
     char *opener = CycleOpener(pos, ph.P);
     inv.Write({pos, static_cast<size_t>(opener - pos)});
     char *rest = AfterDirective(inv, ph);
-    level.lines.emplace_back(opener, static_cast<size_t>(rest - opener));
+    body.lines.emplace_back(opener, static_cast<size_t>(rest - opener));
     constexpr size_t kWordAndSeparator = 6; // "CYCLE" and one separator character
     if (ph.nameLength > kWordAndSeparator)
-        level.cycleName.assign(ph.name + kWordAndSeparator, ph.nameLength - kWordAndSeparator);
+        body.cycleName.assign(ph.name + kWordAndSeparator, ph.nameLength - kWordAndSeparator);
     inv.level = next;
     inv.refused = 0;
     return *rest == '\0' ? nullptr : rest;
@@ -296,7 +326,7 @@ char *EndCycle(Invocation &inv, const Placeholder &ph, char *pos) {
 
 char *Collect(Invocation &inv, char *pos, char *searchFrom) {
     char *split = NextDirective(pos, searchFrom);
-    std::vector<std::string> &lines = inv.Current().lines;
+    std::vector<std::string> &lines = inv.Current().Active().lines;
     if (split != nullptr && split > pos) {
         lines.emplace_back(pos, static_cast<size_t>(split - pos));
         return split;
@@ -308,22 +338,23 @@ char *Collect(Invocation &inv, char *pos, char *searchFrom) {
 void CountIterations(Invocation &inv, int index, int valueIndex) {
     if (!inv.Replaying() || valueIndex >= 0 || index < 0 || index >= *inv.pCount) return;
     Level &level = inv.Current();
+    Body &body = level.Active();
     const EingabeElement &entry = List(inv)[index];
     if (level.governing < 0) {
-        level.limit = std::max(level.limit, entry.WertGesetzt);
+        body.limit = std::max(body.limit, entry.WertGesetzt);
         return;
     }
     if (index == level.governing) level.countValue = CountOf(CurrentText(entry));
-    level.limit = level.countValue;
+    body.limit = level.countValue;
 }
 
 void RecordEntry(Invocation &inv, int index) {
     if (inv.level == 0 || index < 0 || index >= *inv.pCount) return;
-    Level &level = inv.Current();
+    Body &body = inv.Current().Active();
     const EingabeElement &entry = List(inv)[index];
-    if (Recorded(level, entry.Name) || (!level.cycleName.empty() && level.cycleName == entry.Name))
+    if (Recorded(body, entry.Name) || (!body.cycleName.empty() && body.cycleName == entry.Name))
         return;
-    level.recorded.push_back(entry.Name);
+    body.recorded.push_back(entry.Name);
     const std::string countName = std::string(entry.Name) + std::string(Text_Internalcount);
     const int counts = FindEntry(List(inv), *inv.pCount, countName);
     if (counts >= *inv.pCount) return;
@@ -332,14 +363,15 @@ void RecordEntry(Invocation &inv, int index) {
         inv.levels[next].governing = counts;
         inv.levels[next].countValue = CountOf(CurrentText(List(inv)[counts]));
     }
-    if (!Recorded(level, List(inv)[counts].Name)) level.recorded.push_back(List(inv)[counts].Name);
+    if (!Recorded(body, List(inv)[counts].Name)) body.recorded.push_back(List(inv)[counts].Name);
 }
 
 int ControlCycleIndex(const Invocation &inv) {
     if (inv.fixedCycleIndex >= 0) return inv.fixedCycleIndex;
     if (inv.level == 0) return -1;
     const Level &level = inv.levels[inv.level];
-    const long index = static_cast<long>(level.counter) + GroupOffset(inv, level.cycleName);
+    const std::string &group = level.body < level.bodies.size() ? level.bodies[level.body].cycleName : "";
+    const long index = static_cast<long>(level.counter) + GroupOffset(inv, group);
     return static_cast<int>(std::clamp<long>(index, INT_MIN, INT_MAX));
 }
 

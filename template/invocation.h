@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kx_template.h"
@@ -28,23 +29,37 @@ inline constexpr const char *kListDivider = "~";
 // What a level is doing with its CYCLE block.
 enum class CycleState { Idle, Collecting, Replaying };
 
-// One level of CYCLE blocks. Line 0 of a body is the CYCLE directive, its
-// last line the /CYCLE directive.
+// One CYCLE block's body. Line 0 is the CYCLE directive, the last line the
+// /CYCLE directive.
+struct Body {
+    std::vector<std::string> lines;
+    // Lines that hold a nested CYCLE directive, with the index of its body
+    // at the next level.
+    std::vector<std::pair<size_t, size_t>> nested;
+    int limit = 1;                      // number of iterations
+    std::string cycleName;              // the list of groups a nested cycle belongs to
+    std::vector<const char *> recorded; // Name texts of the entries written here
+};
+
+// One level of CYCLE blocks. Blocks nested side by side in one body each
+// have their own body at the level; one of them runs at a time.
 struct Level {
     CycleState state = CycleState::Idle;
-    std::vector<std::string> lines; // the stored body
-    size_t lineIndex = 0;           // the stored line being replayed
-    int counter = 0;                // iterations finished so far ("{CycleCount}")
-    int limit = 1;                  // number of iterations
-    bool skip = false;              // the IF skip flag of this level
-    std::string cycleName;          // the list of groups a nested cycle belongs to
-    std::string leftover;           // the text after the outermost "/CYCLE" on its line
-    int governing = -1;             // index of the count entry that sets the limit
-    int countValue = -1;            // the number read from it
-    std::vector<const char *> recorded; // Name texts of the entries written here
+    std::vector<Body> bodies;
+    size_t body = 0;        // the body being collected or replayed
+    size_t lineIndex = 0;   // the stored line being replayed
+    int counter = 0;        // iterations finished so far ("{CycleCount}")
+    bool skip = false;      // the IF skip flag of this level
+    std::string leftover;   // the text after the outermost "/CYCLE" on its line
+    int governing = -1;     // index of the count entry that sets the limit
+    int countValue = -1;    // the number read from it
 
-    // Back to idle, the body and everything else but the leftover and the
-    // recorded names dropped.
+    // The body in use; a level that is not idle always has one.
+    Body &Active() {
+        if (bodies.empty()) bodies.emplace_back();
+        return bodies[body < bodies.size() ? body : (body = 0)];
+    }
+    // Back to idle with no body; the leftover stays.
     void Reset();
 };
 
