@@ -35,8 +35,11 @@ static int Fail(const char *status, const char *message) {
 static char *RequestText(void) {
     const char *method = getenv("REQUEST_METHOD");
     if (method != NULL && strcmp(method, "POST") == 0) {
+        /* Sized from the announced length, the buffer needs no growing. */
+        const char *announced = getenv("CONTENT_LENGTH");
+        const long size = announced ? strtol(announced, NULL, 10) : 0;
         int length = 0;
-        char *posted = UtilsGetPostedInformation(0, NULL, &length);
+        char *posted = UtilsGetPostedInformation(size > 0 && size < (64L << 20) ? (int)size + 1 : 0, NULL, &length);
         return posted != NULL ? posted : UtilsErzeugeText("", 0);
     }
     const char *query = getenv("QUERY_STRING");
