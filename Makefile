@@ -8,6 +8,7 @@ JOBS ?= $(shell nproc)
 TEST_DIR := build
 BENCH_DIR := build-release
 FUZZ_SECONDS ?= 8
+PORT ?= 8080
 
 .PHONY: all deps build test bench demo clean
 
@@ -29,6 +30,11 @@ bench: deps
 	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DKX_BENCH=ON -DKX_TESTS=OFF
 	cmake --build $(BENCH_DIR) -j $(JOBS)
 	./tools/run-benchmarks.sh $(BENCH_DIR)/bench
+
+demo: deps
+	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DKX_BENCH=ON -DKX_TESTS=OFF
+	cmake --build $(BENCH_DIR) -j $(JOBS) --target console.cgi kxpage
+	./tools/serve-console.sh $(BENCH_DIR)/console.cgi $(PORT)
 
 clean:
 	rm -rf $(TEST_DIR) $(BENCH_DIR)

@@ -30,6 +30,14 @@ inline void PrintRate(const char *name, double bytes, double seconds, const char
                 rate / referenceRate);
 }
 
+// "name: 12.3 ms, 812345 rows/s (limit 1.2 ms, ratio 10.25)": a page's
+// time beside the time of writing its bytes; the ratio is how many times
+// longer the page takes.
+inline void PrintTime(const char *name, double seconds, int rows, double limitSeconds) {
+    std::printf("%-32s %9.2f ms %12.0f rows/s   limit %8.2f ms   ratio %7.2f\n", name, seconds * 1e3,
+                rows / seconds, limitSeconds * 1e3, seconds / limitSeconds);
+}
+
 }  // namespace kx::bench
 
 #endif

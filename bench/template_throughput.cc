@@ -9,6 +9,7 @@
 #include <string>
 
 #include "kx_template.h"
+#include "bench_support.h"
 #include "measure.h"
 
 namespace {
@@ -33,14 +34,6 @@ std::string Repeated(const char *line, size_t size) {
     return text;
 }
 
-std::string WriteFile(const std::string &directory, const char *name, const std::string &content) {
-    const std::string path = directory + "/" + name;
-    FILE *file = std::fopen(path.c_str(), "wb");
-    std::fwrite(content.data(), 1, content.size(), file);
-    std::fclose(file);
-    return path;
-}
-
 void Copy(const std::string &path, FILE *sink) {
     FILE *in = std::fopen(path.c_str(), "r");
     char buffer[4096];
@@ -59,9 +52,7 @@ void Measure(const char *name, const std::string &path, List &list, FILE *sink) 
 }  // namespace
 
 int main() {
-    char pattern[] = "/tmp/kx-bench-template.XXXXXX";
-    if (mkdtemp(pattern) == nullptr) return 1;
-    const std::string directory = pattern;
+    const kx::bench::Files files;
     List list;
     list.Add("Ersetzungsanfang", "{");
     list.Add("Ersetzungsende", "}");
@@ -71,19 +62,16 @@ int main() {
     list.Add("query", "a b&c");
     FILE *sink = std::fopen("/dev/null", "w");
     _Utilsfpout = sink;
-    const std::string plain = WriteFile(
-        directory, "plain.htm",
+    const std::string plain = files.Write(
+        "plain.htm",
         Repeated("<tr><td class=\"name\">Server</td><td>running since boot, no faults</td></tr>\n", kVolume));
-    const std::string dense = WriteFile(
-        directory, "dense.htm",
+    const std::string dense = files.Write(
+        "dense.htm",
         Repeated("<tr><td>{user}</td><td>{host}</td><td>{state}</td><td>{{query}}</td><td>{nope}</td></tr>\n",
                  kVolume));
     Measure("template without placeholders", plain, list, sink);
     Measure("template dense with placeholders", dense, list, sink);
     _Utilsfpout = nullptr;
     std::fclose(sink);
-    unlink(plain.c_str());
-    unlink(dense.c_str());
-    rmdir(directory.c_str());
     return 0;
 }

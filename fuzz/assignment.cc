@@ -6,6 +6,7 @@
 #include <string>
 
 #include "fuzz_input.h"
+#include "fuzz_list.h"
 #include "kx_template.h"
 
 namespace {
@@ -21,15 +22,6 @@ void Declare(EingabeElement *&list, int &count) {
         list[count++] = EingabeElement{strdup(e.name), static_cast<uint32_t>(std::strlen(e.name)), nullptr, 0, 0,
                                        e.kind, e.defaultText ? strdup(e.defaultText) : nullptr};
     }
-}
-
-void Release(EingabeElement *list, int count) {
-    for (int i = 0; i < count; ++i) {
-        std::free(list[i].Name);
-        std::free(list[i].Wert);
-        std::free(list[i].Vorgabe);
-    }
-    std::free(list);
 }
 
 // Walks every value of every entry; a list that lies about its values makes
@@ -62,6 +54,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Declare(list, count);
     const char *pressed = WertzuweisungEingabe(elements, body.data(), &count, &list, texts[0].c_str());
     Check(list, count, pressed);
-    Release(list, count);
+    kx::fuzz::FreeList(list, count);
     return 0;
 }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "fuzz_list.h"
 #include "kx_input.h"
 
 namespace {
@@ -19,15 +20,8 @@ int count = 0;
 
 // Frees the list and forgets the indices that pointed into it.
 void Release() {
-    for (int index = 0; index < count; ++index) {
-        std::free(list[index].Name);
-        std::free(list[index].Wert);
-        std::free(list[index].Vorgabe);
-    }
-    std::free(list);
-    list = nullptr;
-    count = 0;
-    for (int row = 0; row < SchluesselworteAnzahl; ++row) *Schluesselworte[row].Index = -1;
+    kx::fuzz::FreeList(list, count);
+    kx::fuzz::ForgetKeywords();
 }
 
 }  // namespace

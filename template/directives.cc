@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <string_view>
 #include <vector>
 
@@ -62,7 +63,9 @@ bool AlternativeHolds(std::string_view alternative) {
         at = alternative.find("~=");
     }
     if (at == std::string_view::npos) op = Operator::Bare;
-    const Evaluated left("{" + std::string(alternative.substr(0, at)) + "}", -2);
+    std::string operand = "{";
+    operand.append(alternative.substr(0, at)).push_back('}');
+    const Evaluated left(std::move(operand), -2);
     if (op == Operator::Bare) return left.IsNew() && !left.Text().empty();
     for (std::string_view text : Split(alternative.substr(at + 2), "|")) {
         if (op == Operator::Equal ? left.Text() == text : left.Text().starts_with(text))

@@ -102,9 +102,9 @@ Read ReadPiece(Invocation &inv, FILE *in, const char *text, size_t at) {
     const size_t space = inv.line.size() - at;
     if (space < 2) return Read::Full;
     if (in == nullptr) {
-        if (inv.passes > 0 || at > 0) return Read::End;
+        if (inv.passes > 0 || at > 0 || text == nullptr) return Read::End;
         inv.passes = 1;
-        std::memcpy(place, text, std::strlen(text) + 1);
+        std::strcpy(place, text);  // the line buffer is sized from the text
     } else {
         if (std::fgets(place, static_cast<int>(std::min<size_t>(space, INT32_MAX)), in) == nullptr)
             return Read::End;

@@ -35,8 +35,11 @@ static int Fail(const char *status, const char *message) {
 static char *RequestText(void) {
     const char *method = getenv("REQUEST_METHOD");
     if (method != NULL && strcmp(method, "POST") == 0) {
+        /* Sized from the announced length, the buffer needs no growing. */
+        const char *announced = getenv("CONTENT_LENGTH");
+        const long size = announced ? strtol(announced, NULL, 10) : 0;
         int length = 0;
-        char *posted = UtilsGetPostedInformation(0, NULL, &length);
+        char *posted = UtilsGetPostedInformation(size > 0 && size < (64L << 20) ? (int)size + 1 : 0, NULL, &length);
         return posted != NULL ? posted : UtilsErzeugeText("", 0);
     }
     const char *query = getenv("QUERY_STRING");
@@ -47,6 +50,24 @@ static char *RequestText(void) {
 static char *RequestValue(const char *request, const char *key) {
     const char *value = PositioniereAufSchluesselwortWert(request, key, NULL);
     return value != NULL ? UtilsErzeugeText(value, (int)strcspn(value, "&")) : NULL;
+}
+
+/* The application named by the request, decoded and reduced to its base
+ * name, or NULL. It must begin with a letter or digit: a text that begins
+ * with one of the definition marker bytes ("~", "|", "%", ...) would be
+ * taken for a definition in memory instead of a name. */
+static char *ApplicationName(const char *request) {
+    char *encoded = RequestValue(request, NULL);
+    if (encoded == NULL) return NULL;
+    char *decoded = ServerDecoding(encoded);
+    free(encoded);
+    const char *base = HTMLBasename(decoded);
+    const char first = base[0];
+    char *name = NULL;
+    if ((first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || (first >= '0' && first <= '9'))
+        name = UtilsErzeugeText(base, (int)strlen(base));
+    free(decoded);
+    return name;
 }
 
 /* pages/ + the base name of the page the definition or the request names. */
@@ -71,17 +92,19 @@ static void FreeList(EingabeElement *list, int count) {
     free(list);
 }
 
-int main(void) {
+int main(int argc, char **argv) {
+    (void)argc;
     char *request = RequestText();
-    char *application = RequestValue(request, NULL);
-    if (application == NULL || *application == '\0') {
-        free(application);
+    char *application = ApplicationName(request);
+    if (application == NULL) {
         free(request);
         return Fail("400 Bad Request", "The request names no application (Application=...).");
     }
     EingabeElement *list = NULL;
     int count = 0;
-    const int unknown = ErmittleEingabe(application, &list, &count, NULL, 0);
+    /* ErmittleEingabe2 records the definition file, so that "SetIniValue"
+     * can write a submitted setting back into it. */
+    const int unknown = ErmittleEingabe2(application, &list, &count, NULL, argv[0], 0);
     free(application);
     if (unknown) {
         FreeList(list, count);

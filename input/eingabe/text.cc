@@ -69,14 +69,16 @@ int ErmittleTextElemente(char *text, const char *separator, int *longest, int **
     if (longest != nullptr) *longest = 0;
     if (lengths != nullptr) *lengths = nullptr;
     if (text == nullptr) return 0;
-    const size_t step = separator ? std::strlen(separator) : 0;
+    // One pass over a view of the whole text: long requests split into
+    // many elements in linear time.
+    const std::string_view whole(text), glue = kx::input::ViewOf(separator);
     std::vector<int> found;
-    char *start = text;
-    for (char *hit; step > 0 && (hit = std::strstr(start, separator)) != nullptr; start = hit + step) {
+    size_t start = 0;
+    for (size_t hit; !glue.empty() && (hit = whole.find(glue, start)) != std::string_view::npos; start = hit + glue.size()) {
         found.push_back(static_cast<int>(hit - start));
-        *hit = '\0';
+        text[hit] = '\0';
     }
-    found.push_back(static_cast<int>(std::strlen(start)));
+    found.push_back(static_cast<int>(whole.size() - start));
     if (longest != nullptr)
         for (int length : found) *longest = length > *longest ? length : *longest;
     if (lengths != nullptr) *lengths = kx::input::HeapLengths(found);
