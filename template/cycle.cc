@@ -153,6 +153,7 @@ void RewindLists(Invocation &inv, const Body &body, bool governed) {
 
 // The outermost cycle has ended: the text after its /CYCLE goes on at level 0.
 char *ResumePage(Invocation &inv) {
+    inv.refused = 0;
     for (Level &level : inv.levels) {
         level.governing = -1;
         level.countValue = -1;
