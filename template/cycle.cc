@@ -27,14 +27,50 @@ int CountOf(const char *text) {
     return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
 }
 
-// Steps an entry to its next value. A position that already stands past the
-// last value stays there (it reads as the empty text), so nothing behind the
-// values is ever read.
-void StepValue(EingabeElement &entry) {
+// The value number an entry stands on, when a mark of this call knows it;
+// -1 otherwise.
+int MarkedIndex(const Invocation &inv, int index, const EingabeElement &entry) {
+    for (const ValueMark &mark : inv.marks)
+        if (mark.entry == index && mark.wert == entry.Wert && mark.count == entry.WertGesetzt &&
+            mark.position == entry.WertPosition)
+            return mark.index;
+    return -1;
+}
+
+void Mark(Invocation &inv, int index, const EingabeElement &entry, int value) {
+    const ValueMark mark{index, entry.Wert, entry.WertGesetzt, entry.WertPosition, value};
+    for (ValueMark &known : inv.marks)
+        if (known.entry == index) {
+            known = mark;
+            return;
+        }
+    inv.marks.push_back(mark);
+}
+
+// The value number of a position found by walking the values; the count when
+// it lies past them, -1 inside a value.
+int WalkedIndex(const EingabeElement &entry) {
+    size_t offset = 0;
+    int value = 0;
+    for (; value < entry.WertGesetzt && offset < static_cast<size_t>(entry.WertPosition); ++value)
+        offset += std::strlen(entry.Wert + offset) + 1;
+    return offset == static_cast<size_t>(entry.WertPosition) ? value : -1;
+}
+
+// Steps entry index to its next value. A position that already stands past
+// the last value stays there (it reads as the empty text), so nothing behind
+// the values is ever read.
+void StepValue(Invocation &inv, int index) {
+    EingabeElement &entry = (*inv.pList)[index];
     if (entry.Wert == nullptr || entry.WertPosition < 0) return;
-    const size_t at = static_cast<size_t>(entry.WertPosition);
-    if (at >= ValuesSpan(entry)) return;
-    entry.WertPosition += static_cast<int>(std::strlen(entry.Wert + at)) + 1;
+    int value = entry.WertPosition == 0 ? 0 : MarkedIndex(inv, index, entry);
+    if (value < 0) {
+        if (static_cast<size_t>(entry.WertPosition) >= ValuesSpan(entry)) return;
+        value = WalkedIndex(entry);
+    }
+    if (value >= entry.WertGesetzt) return;
+    entry.WertPosition += static_cast<int>(std::strlen(entry.Wert + entry.WertPosition)) + 1;
+    if (value >= 0) Mark(inv, index, entry, value + 1);
 }
 
 bool Recorded(const Body &body, const char *name) {
@@ -131,7 +167,7 @@ char *NextIteration(Invocation &inv) {
     for (int i = 0; i < *inv.pCount; ++i) {
         EingabeElement &entry = List(inv)[i];
         if (entry.WertGesetzt < 2) continue;
-        if (Recorded(level.Active(), entry.Name)) StepValue(entry);
+        if (Recorded(level.Active(), entry.Name)) StepValue(inv, i);
         if (next < kLevelCount && inv.levels[next].governing == i)
             inv.levels[next].countValue = CountOf(CurrentText(entry));
     }
@@ -147,7 +183,7 @@ void RewindLists(Invocation &inv, const Body &body, bool governed) {
         if (!governed)
             entry.WertPosition = 0;
         else
-            StepValue(entry);
+            StepValue(inv, i);
     }
 }
 
@@ -374,6 +410,15 @@ int ControlCycleIndex(const Invocation &inv) {
     const std::string &group = level.body < level.bodies.size() ? level.bodies[level.body].cycleName : "";
     const long index = static_cast<long>(level.counter) + GroupOffset(inv, group);
     return static_cast<int>(std::clamp<long>(index, INT_MIN, INT_MAX));
+}
+
+const char *ReplayText(const Invocation &inv, int index) {
+    if (!inv.Replaying() || index < 0 || index >= *inv.pCount) return nullptr;
+    const EingabeElement &entry = (*inv.pList)[index];
+    if (entry.Wert == nullptr || entry.WertPosition <= 0) return nullptr;
+    const int value = MarkedIndex(inv, index, entry);
+    if (value < 0) return nullptr;
+    return value < entry.WertGesetzt ? entry.Wert + entry.WertPosition : "";
 }
 
 CycleValue::CycleValue(Invocation &inv, int index) : inv_(inv) {

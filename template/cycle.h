@@ -46,6 +46,10 @@ void RecordEntry(Invocation &inv, int index);
 // enclosing cycle stands on, else -1.
 int ControlCycleIndex(const Invocation &inv);
 
+// During a replay, the current text of a list the replay stepped, known
+// without walking its values; NULL when the replay does not know it.
+const char *ReplayText(const Invocation &inv, int index);
+
 // During a replay, an entry of a kind other than 'n' whose list was not
 // stepped writes the value numbered like the iteration; WertPosition is put
 // back to 0 when the holder goes out of scope.

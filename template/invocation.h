@@ -63,6 +63,18 @@ struct Level {
     void Reset();
 };
 
+// What a replay knows of a list it stepped: entry `entry`, while it still
+// holds the values at `wert` (`count` of them) and stands at `position`, is
+// at value number `index` (`count` when past its last value). Spares a walk
+// over all the values at each row.
+struct ValueMark {
+    int entry = -1;
+    const char *wert = nullptr;
+    int count = 0;
+    int position = 0;
+    int index = 0;
+};
+
 // The (name, value) pairs of the page's text file.
 class PageTexts {
 public:
@@ -111,6 +123,7 @@ struct Invocation {
     int deepest = 0;       // the deepest level entered since the outermost cycle started
     int refused = 0;       // CYCLE directives refused at the deepest level, still open
     long iterations = 0;   // iterations replayed by this call
+    std::vector<ValueMark> marks; // the lists stepped by the replays
     ErsetzungsName name = {};
 
     Level &Current() { return levels[level]; }

@@ -124,24 +124,32 @@ int RunControl(Invocation &inv, Placeholder &ph, int index, char **owned) {
     return length;
 }
 
-const char *StringModeValue(const Invocation &inv, const EingabeElement *entry) {
+// The entry's current text; a list that a replay steps is read without a
+// walk over all its values.
+const char *CurrentOf(const Invocation &inv, int index, const EingabeElement &entry) {
+    const char *known = ReplayText(inv, index);
+    return known != nullptr ? known : CurrentText(entry);
+}
+
+const char *StringModeValue(const Invocation &inv, const EingabeElement *entry, int index) {
     if (entry == nullptr) return "";
     const int fixed = inv.fixedCycleIndex;
     if (entry->Wert != nullptr && fixed >= 0 && entry->WertGesetzt > 1 &&
         fixed < entry->WertGesetzt)
         return ValueAt(*entry, fixed);
-    const char *text = CurrentText(*entry);
+    const char *text = CurrentOf(inv, index, *entry);
     return text != nullptr ? text : "";
 }
 
-const char *FileModeValue(const EingabeElement *entry, int valueIndex) {
+const char *FileModeValue(const Invocation &inv, const EingabeElement *entry, int index,
+                          int valueIndex) {
     if (entry == nullptr) return kNil;
     if (entry->Wert != nullptr && valueIndex >= 0) {
         const char *value = ValueAt(*entry, valueIndex);
         return value != nullptr ? value : kNil;
     }
     if (entry->Wert != nullptr && entry->WertPosition < 0) return kNil;
-    const char *text = CurrentText(*entry);
+    const char *text = CurrentOf(inv, index, *entry);
     return text != nullptr ? text : kNil;
 }
 
@@ -149,14 +157,15 @@ void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *o
                 bool image) {
     const EingabeElement *entry = EntryAt(inv.pCount, inv.pList, index);
     if (ph.doubled || image) {
-        const char *value = owned != nullptr ? owned : entry != nullptr ? CurrentText(*entry) : nullptr;
+        const char *value = owned != nullptr ? owned : entry != nullptr ? CurrentOf(inv, index, *entry) : nullptr;
         char *encoded = ServerEncoding(value, nullptr, image ? 1 : 0, 0);
         inv.Write(encoded);
         std::free(encoded);
     } else if (owned != nullptr) {
         inv.Write(owned);
     } else {
-        inv.Write(inv.stringMode ? StringModeValue(inv, entry) : FileModeValue(entry, ph.valueIndex));
+        inv.Write(inv.stringMode ? StringModeValue(inv, entry, index)
+                                 : FileModeValue(inv, entry, index, ph.valueIndex));
     }
 }
 
