@@ -75,6 +75,8 @@ const std::vector<Golden> kPages = {
      "head 1\na\nb\nc\n2\na\nb\nc\n"},
     {"text after a nested /CYCLE stays in the enclosing body",
      "<!{CYCLE}>\n<!{CYCLE}>{name}<!{/CYCLE}>|{short}\n<!{/CYCLE}>\n", "abc|1\nabc|2\n"},
+    {"a nested CYCLE after a placeholder on its line",
+     "<!{CYCLE}>\n{short}<!{CYCLE}>{name}<!{/CYCLE}>\n<!{/CYCLE}>\n", "1abc2abc"},
     {"nested cycles side by side",
      "<!{CYCLE}>\n{short}\n<!{CYCLE}>\nA{name}\n<!{/CYCLE}>\n<!{CYCLE}>\nB{w}\n<!{/CYCLE}>\n<!{/CYCLE}>\n",
      "1\nAa\nAb\nAc\nBp\nBq\nBr\n2\nAa\nAb\nAc\nBp\nBq\nBr\n"},
