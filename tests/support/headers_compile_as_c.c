@@ -4,6 +4,8 @@
 #include "kx_convert.h"
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
+#include "companion/libKXsnmp.h"
+#include "companion/libKXsnmp_names.h"
 
 /* A C caller sees the records as plain structs. */
 int kx_c_entry_size(void) { return (int)sizeof(EingabeElement); }
