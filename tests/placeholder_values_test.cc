@@ -227,6 +227,20 @@ TEST_F(Placeholders, ControlBranches) {
     EXPECT_EQ(_ThisValueIndex, -1);
 }
 
+// A "|" in a placeholder's value stays inside one element of the old and new
+// lists of "_strchange," and "_strreplace,".
+TEST_F(Placeholders, BarsFromValuesStayInsideOneElement) {
+    Set("Old", "a|b");
+    Set("New", "1|2");
+    Set("Name", "xa|bya|b");
+    EXPECT_EQ(Control("{=_this!=?_strreplace,{Old},Z._this:}", "Name"), "xZyZ");
+    EXPECT_EQ(Control("{=_this!=?_strchange,{Old},N|M._this:}", "Name"), "xNya|b");
+    EXPECT_EQ(Control("{=_this!=?_strchange,{Old},{New}._this:}", "Name"), "x{New}ya|b")
+        << "the new texts are taken as written";
+    EXPECT_EQ(Control("{=_this!=?_strreplace,q|{Old},Y|Z._this:}", "Name"), "xa|bya|b")
+        << "once a placeholder is evaluated, every bar of the old texts is data";
+}
+
 TEST_F(Placeholders, ComparedControls) {
     struct Case { const char *control, *value, *expected; };
     const std::vector<Case> cases = {
