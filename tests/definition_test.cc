@@ -206,6 +206,8 @@ struct FileCase {
     int count;
 };
 
+void PrintTo(const FileCase &c, std::ostream *out) { *out << c.what; }
+
 class DefinitionFileContentTest : public DefinitionFileTest, public ::testing::WithParamInterface<FileCase> {};
 
 TEST_P(DefinitionFileContentTest, IsReadWithinItsLines) {

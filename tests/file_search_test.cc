@@ -54,6 +54,9 @@ struct OrderCase {
     std::string expected;               // the path found, or "(none)"
 };
 
+// Test names show the case, not its bytes.
+void PrintTo(const OrderCase &c, std::ostream *out) { *out << c.what; }
+
 class SearchOrderTest : public SearchTest, public ::testing::WithParamInterface<OrderCase> {};
 
 TEST_P(SearchOrderTest, FindsTheFirstPlaceInOrder) {
@@ -161,6 +164,8 @@ struct JoinCase {
     const char *third;
     const char *expected;
 };
+
+void PrintTo(const JoinCase &c, std::ostream *out) { *out << c.expected; }
 
 class DirectorynameTest : public ::testing::TestWithParam<JoinCase> {};
 

@@ -18,6 +18,8 @@ struct PostedCase {
     std::size_t bytes;
 };
 
+void PrintTo(const PostedCase &c, std::ostream *out) { *out << c.what; }
+
 class PostedTest : public ::testing::TestWithParam<PostedCase> {};
 
 TEST_P(PostedTest, ReadsEverything) {
