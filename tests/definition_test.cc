@@ -30,16 +30,8 @@ std::string Message(const std::string &file, int line, const std::string &missin
            "': Kein '|' hinter '" + missing + "'gefunden>\n";
 }
 
-// Index globals and list handles outlive each test: every test starts clean.
-class DefinitionTest : public ::testing::Test {
+class DefinitionTest : public kx::test::FreshGlobals {
 protected:
-    void SetUp() override {
-        for (int row = 0; row < SchluesselworteAnzahl; ++row) *Schluesselworte[row].Index = -1;
-    }
-    void TearDown() override {
-        _pEingabe = nullptr;
-        _pEingabeAnzahl = nullptr;
-    }
     int Read(const std::string &block) { return ErmittleEingabe(block.c_str(), &owned.list(), &owned.count(), nullptr, 0); }
     int Read2(const std::string &block) {
         return ErmittleEingabe2(block.c_str(), &owned.list(), &owned.count(), nullptr, nullptr, 0);

@@ -18,15 +18,8 @@ using kx::test::TempDir;
 
 // A list declared from definition lines (names with their defaults), e.g.
 // {"RootPath|n|base"}; the keyword index globals follow it.
-class SearchTest : public ::testing::Test {
+class SearchTest : public kx::test::FreshGlobals {
 protected:
-    void SetUp() override {
-        for (int row = 0; row < SchluesselworteAnzahl; ++row) *Schluesselworte[row].Index = -1;
-    }
-    void TearDown() override {
-        _pEingabe = nullptr;
-        _pEingabeAnzahl = nullptr;
-    }
     void Declare(const std::vector<std::string> &lines) {
         std::string block = "|";
         block.push_back('\0');

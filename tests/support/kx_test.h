@@ -2,6 +2,8 @@
 #ifndef KX_TESTS_SUPPORT_KX_TEST_H
 #define KX_TESTS_SUPPORT_KX_TEST_H
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -58,6 +60,19 @@ public:
 private:
     EingabeElement *list_ = nullptr;
     int count_ = 0;
+};
+
+// The keyword index globals and the list handles outlive each test: a test
+// built on this starts with every keyword unset and leaves no handle behind.
+class FreshGlobals : public ::testing::Test {
+protected:
+    void SetUp() override {
+        for (int row = 0; row < SchluesselworteAnzahl; ++row) *Schluesselworte[row].Index = -1;
+    }
+    void TearDown() override {
+        _pEingabe = nullptr;
+        _pEingabeAnzahl = nullptr;
+    }
 };
 
 // Collects what the library writes to its page stream while it lives.
