@@ -3,7 +3,7 @@
 # Idempotent: apt-get runs only when something is missing.
 set -eu
 packages="cmake ninja-build g++ clang libclang-rt-14-dev libgtest-dev
-libbenchmark-dev locales binutils lighttpd clearsilver-dev"
+locales binutils lighttpd clearsilver-dev"
 missing=""
 for p in $packages; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" ||
