@@ -1,4 +1,5 @@
 // Conversions that cut, search and replace text.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -132,6 +133,10 @@ char *ReplaceAll(std::string_view argument, std::string_view text, int cycleInde
     const std::vector<std::string_view> newTexts = Split(parts.rest, '|');
     const std::string olds = EvaluateOldTexts(parts.head, cycleIndex);
     const std::vector<std::string_view> oldTexts = Split(olds, '|');
+    // Each step works on the last one's result, so a new text that holds its
+    // old text could double the value at every step: the text never grows
+    // past the limit, or past the value itself when that is longer.
+    const std::size_t limit = std::max(text.size(), kLongResultLimit);
     std::string current{text};
     for (std::size_t i = 0; i < oldTexts.size(); ++i) {
         const std::string old = Decode(oldTexts[i]);
@@ -141,6 +146,7 @@ char *ReplaceAll(std::string_view argument, std::string_view text, int cycleInde
         if (replaced == nullptr) continue;
         current = replaced;
         std::free(replaced);
+        if (current.size() > limit) current.resize(limit);
     }
     return CopyOut(current);
 }

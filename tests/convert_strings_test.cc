@@ -105,6 +105,16 @@ TEST(StringReplace, ReplacesEveryOldTextInTurn) {
     });
 }
 
+// A new text holding its old text doubles the value at every step; the
+// value stops growing at 1023 characters, or at its own length when longer.
+TEST(StringReplace, GrowthStopsAtTheLimit) {
+    std::string doubling;
+    for (int i = 0; i < 40; ++i) doubling += i ? "|a" : "a";
+    EXPECT_EQ(kx::test::Convert(ConvertToStringReplace, doubling + ",aa", "a"), std::string(1023, 'a'));
+    const std::string longValue(3000, 'b');
+    EXPECT_EQ(kx::test::Convert(ConvertToStringReplace, "b,cc", longValue.c_str()), std::string(3000, 'c'));
+}
+
 // A "|" from a placeholder's value reaches the handler as %7C and stays
 // inside its element; it is decoded after the list is split.
 TEST(StringReplace, EncodedBarStaysInsideOneElement) {

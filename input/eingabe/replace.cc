@@ -1,5 +1,6 @@
 // Replacing and finding inside texts: StringReplace, ChangeSubText,
 // GetIndexedValue and the marker pairing of PairIt.
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
@@ -75,18 +76,19 @@ char *StringNReplace(const char *text, int oldLength, const char *old, int repla
                      const char *replacement) {
     if (text == nullptr) return nullptr;
     if (old == nullptr || old[0] == '\0' || oldLength <= 0) return kx::input::HeapCopy(text);
+    const std::string_view whole(text), needle(old);
     const std::string_view inserted(replacement ? replacement : "",
                                     replacement ? strnlen(replacement, static_cast<size_t>(
                                                       replacementLength > 0 ? replacementLength : 0))
                                                 : 0);
     std::string result;
-    const char *rest = text;
-    for (const char *hit; (hit = std::strstr(rest, old)) != nullptr;) {
-        result.append(rest, hit).append(inserted);
+    size_t rest = 0;
+    for (size_t hit; (hit = whole.find(needle, rest)) != std::string_view::npos;) {
+        result.append(whole.substr(rest, hit - rest)).append(inserted);
         // Never step past the end, whatever length the caller gave.
-        rest = hit + strnlen(hit, static_cast<size_t>(oldLength));
+        rest = std::min(hit + static_cast<size_t>(oldLength), whole.size());
     }
-    result.append(rest);
+    result.append(whole.substr(rest));
     return kx::input::HeapCopy(result);
 }
 
