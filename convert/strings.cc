@@ -4,6 +4,8 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
@@ -105,43 +107,45 @@ std::string_view NewTextFor(const std::vector<std::string_view> &newTexts, std::
     return index < newTexts.size() ? newTexts[index] : newTexts.front();
 }
 
-// The old texts, a "|" from a placeholder's value kept inside its element.
-std::string EvaluateOldTexts(std::string_view olds, int cycleIndex) {
-    return Evaluate(olds, cycleIndex, "|");
+// The decoded (old, new) pairs of an "olds,news" argument: the old texts are
+// evaluated, a "|" from a placeholder's value kept inside its element; the
+// new texts are taken as written. None without a ",".
+std::optional<std::vector<std::pair<std::string, std::string>>> Replacements(std::string_view argument,
+                                                                             int cycleIndex) {
+    const Cut parts = CutAt(argument, ',');
+    if (!parts.has_rest) return std::nullopt;
+    const std::vector<std::string_view> newTexts = Split(parts.rest, '|');
+    const std::string olds = Evaluate(parts.head, cycleIndex, "|");
+    std::vector<std::pair<std::string, std::string>> pairs;
+    const std::vector<std::string_view> oldTexts = Split(olds, '|');
+    for (std::size_t i = 0; i < oldTexts.size(); ++i)
+        pairs.emplace_back(Decode(oldTexts[i]), Decode(NewTextFor(newTexts, i)));
+    return pairs;
 }
 
 char *ChangeOnce(std::string_view argument, std::string_view text, int cycleIndex) {
-    const Cut parts = CutAt(argument, ',');
-    if (!parts.has_rest) return CopyOut(text);
-    const std::vector<std::string_view> newTexts = Split(parts.rest, '|');
-    const std::string olds = EvaluateOldTexts(parts.head, cycleIndex);
-    const std::vector<std::string_view> oldTexts = Split(olds, '|');
-    for (std::size_t i = 0; i < oldTexts.size(); ++i) {
-        const std::string old = Decode(oldTexts[i]);
+    const auto pairs = Replacements(argument, cycleIndex);
+    if (!pairs) return CopyOut(text);
+    for (const auto &[old, replacement] : *pairs) {
         const std::size_t at = text.find(old);
         if (at == std::string_view::npos) continue;
         std::string result{text.substr(0, at)};
-        result.append(Decode(NewTextFor(newTexts, i))).append(text.substr(at + old.size()));
+        result.append(replacement).append(text.substr(at + old.size()));
         return CopyOutCut(result, kLongResultLimit);
     }
     return CopyOut(text);
 }
 
 char *ReplaceAll(std::string_view argument, std::string_view text, int cycleIndex) {
-    const Cut parts = CutAt(argument, ',');
-    if (!parts.has_rest) return CopyOut(text);
-    const std::vector<std::string_view> newTexts = Split(parts.rest, '|');
-    const std::string olds = EvaluateOldTexts(parts.head, cycleIndex);
-    const std::vector<std::string_view> oldTexts = Split(olds, '|');
+    const auto pairs = Replacements(argument, cycleIndex);
+    if (!pairs) return CopyOut(text);
     // Each step works on the last one's result, so a new text that holds its
     // old text could double the value at every step: the text never grows
     // past the limit, or past the value itself when that is longer.
     const std::size_t limit = std::max(text.size(), kLongResultLimit);
     std::string current{text};
-    for (std::size_t i = 0; i < oldTexts.size(); ++i) {
-        const std::string old = Decode(oldTexts[i]);
+    for (const auto &[old, replacement] : *pairs) {
         if (old.empty()) continue;
-        const std::string replacement = Decode(NewTextFor(newTexts, i));
         char *replaced = StringReplace(current.c_str(), old.c_str(), replacement.c_str());
         if (replaced == nullptr) continue;
         current = replaced;

@@ -9,6 +9,7 @@
 #include <initializer_list>
 #include <string>
 
+#include "fuzz_list.h"
 #include "kx_template.h"
 
 namespace kx::fuzz {
@@ -39,12 +40,7 @@ public:
         _pEingabeAnzahl = &count_;
     }
     ~PageList() {
-        for (int i = 0; i < count_; ++i) {
-            std::free(list_[i].Name);
-            std::free(list_[i].Wert);
-            std::free(list_[i].Vorgabe);
-        }
-        std::free(list_);
+        FreeList(list_, count_);
         _pEingabe = nullptr;
         _pEingabeAnzahl = nullptr;
     }
