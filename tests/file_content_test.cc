@@ -2,26 +2,15 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
-#include "companion/libKXUtils.h"
 #include "kx_template.h"
 #include "support/kx_test.h"
 
 namespace {
 
 using kx::test::TempDir;
-
-std::string Read(const std::string &path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
 
 struct Case {
     std::string before;
@@ -51,7 +40,7 @@ TEST(FileContent, ChangeFileContent) {
         TempDir dir;
         const std::string path = dir.Write("f.ini", c.before);
         EXPECT_EQ(ChangeFileContent(path.c_str(), c.key, c.text, c.stopSet, c.stopSetLength), c.result) << c.before;
-        EXPECT_EQ(Read(path), c.after.empty() ? c.before : c.after) << c.before;
+        EXPECT_EQ(kx::test::ReadFile(path), c.after.empty() ? c.before : c.after) << c.before;
     }
 }
 
@@ -92,36 +81,6 @@ TEST(FileContent, ErweitereBlock) {
         EXPECT_EQ(std::string(block, c.expected.size()), c.expected);
         std::free(block);
     }
-}
-
-TEST(FileContent, CompanionWholeFileOperations) {
-    TempDir dir;
-    char *buffer = reinterpret_cast<char *>(1);
-    int error = 0;
-    char *message = nullptr;
-    const std::string missing = dir.path() + "/none";
-    EXPECT_EQ(KXUtilsReadFileToMemoryErrorOutput(missing.c_str(), &buffer, &error, &message), -1);
-    EXPECT_EQ(buffer, nullptr);
-    EXPECT_EQ(error, ENOENT);
-    ASSERT_NE(message, nullptr);
-    KXUtilsFreeResources(message);
-
-    const std::string path = dir.path() + "/new.txt";
-    EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput(path.c_str(), "hello", 0, &error, nullptr), 1);
-    EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput(path.c_str(), "hello", 4, &error, nullptr), 1);
-    EXPECT_EQ(KXUtilsReadFileToMemoryErrorOutput(path.c_str(), &buffer, &error, nullptr), 4);
-    EXPECT_STREQ(buffer, "hell");
-    EXPECT_EQ(error, 0);
-    KXUtilsFreeResources(buffer);
-    EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput((missing + "/x").c_str(), "x", 0, &error, nullptr), -1);
-    EXPECT_EQ(error, ENOENT);
-
-    char *text = KXUtilsAppendText("ab", 2, "cd", 2, nullptr, -1);
-    EXPECT_STREQ(text, "abcd");
-    KXUtilsFreeResources(text);
-    text = KXUtilsAppendText("ab", 1, "cd", 0, "XYZ", 2);
-    EXPECT_STREQ(text, "aXY");
-    KXUtilsFreeResources(text);
 }
 
 }  // namespace

@@ -3,10 +3,23 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace kx::test {
+
+std::string Terminated(std::initializer_list<std::string_view> texts) {
+    std::string block;
+    for (std::string_view text : texts) block.append(text).push_back('\0');
+    return block;
+}
+
+std::string ReadFile(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
 
 TempDir::TempDir() {
     std::string pattern = (std::filesystem::temp_directory_path() / "kxtest.XXXXXX").string();
@@ -31,6 +44,16 @@ void InputList::Add(const char *name, char kind, const char *defaultText) {
     list_[count_] = EingabeElement{strdup(name), static_cast<uint32_t>(strlen(name)), nullptr, 0, 0,
                                    kind, defaultText ? strdup(defaultText) : nullptr};
     ++count_;
+}
+
+void InputList::SetValues(int i, std::initializer_list<std::string_view> values) {
+    const std::string block = Terminated(values);
+    std::free(list_[i].Wert);
+    list_[i].Wert = static_cast<char *>(std::malloc(block.size() + 1));
+    std::memcpy(list_[i].Wert, block.data(), block.size());
+    list_[i].Wert[block.size()] = '\0';
+    list_[i].WertGesetzt = static_cast<int32_t>(values.size());
+    list_[i].WertPosition = 0;
 }
 
 void InputList::Clear() {

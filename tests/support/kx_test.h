@@ -6,12 +6,21 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kx_input.h"
 
 namespace kx::test {
+
+// The texts laid end to end, each followed by its NUL (request texts, value
+// lists, in-memory definitions).
+std::string Terminated(std::initializer_list<std::string_view> texts);
+
+// The whole content of a file; empty when it cannot be read.
+std::string ReadFile(const std::string &path);
 
 // A heap text returned by the library, freed when it goes out of scope.
 class HeapText {
@@ -55,6 +64,9 @@ public:
     EingabeElement &operator[](int i) { return list_[i]; }
     // Adds an entry as a definition line would declare it (no value yet).
     void Add(const char *name, char kind = 'n', const char *defaultText = nullptr);
+    // Gives entry i the values, laid end to end as a list entry holds them,
+    // the first one current.
+    void SetValues(int i, std::initializer_list<std::string_view> values);
     void Clear();
 
 private:

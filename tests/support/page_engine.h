@@ -7,6 +7,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "kx_template.h"
 #include "support/kx_test.h"
@@ -21,7 +22,7 @@ protected:
     // Declares name when missing and gives it one value.
     void Set(const char *name, const char *value, char kind = 'n');
     // Gives name the values, laid end to end.
-    void SetList(const char *name, std::initializer_list<const char *> values, char kind = 'j');
+    void SetList(const char *name, std::initializer_list<std::string_view> values, char kind = 'j');
     // Declares name without a value.
     void Declare(const char *name, const char *defaultText = nullptr, char kind = 'n');
     EingabeElement *Entry(const char *name);
