@@ -46,6 +46,22 @@ void InputList::Add(const char *name, char kind, const char *defaultText) {
     ++count_;
 }
 
+std::string Describe(const EingabeElement *list, int count) {
+    std::string out;
+    for (int i = 0; i < count; ++i) {
+        const EingabeElement &e = list[i];
+        out.append(e.Name ? e.Name : "<null>").append("|").push_back(e.Art);
+        out.append("|").append(e.Vorgabe ? e.Vorgabe : "<null>");
+        if (e.Name && e.NameLaenge != strlen(e.Name)) out.append("!" + std::to_string(e.NameLaenge));
+        const char *value = e.Wert;
+        for (int v = 0; value != nullptr && v < e.WertGesetzt; ++v, value += strlen(value) + 1)
+            out.append(v == 0 ? "=" : "~").append(value);
+        if (e.WertPosition != 0) out.append("@" + std::to_string(e.WertPosition));
+        out.push_back('\n');
+    }
+    return out;
+}
+
 void InputList::SetValues(int i, std::initializer_list<std::string_view> values) {
     const std::string block = Terminated(values);
     std::free(list_[i].Wert);

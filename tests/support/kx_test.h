@@ -22,6 +22,12 @@ std::string Terminated(std::initializer_list<std::string_view> texts);
 // The whole content of a file; empty when it cannot be read.
 std::string ReadFile(const std::string &path);
 
+// The entries of a list, one per line: name, kind and default (or <null>)
+// separated by "|", then "=" and the values joined with "~" when there are
+// values, and "@" and the position when it is not 0. A name length that
+// disagrees with the name is shown as "!length".
+std::string Describe(const EingabeElement *list, int count);
+
 // A heap text returned by the library, freed when it goes out of scope.
 class HeapText {
 public:
