@@ -5,8 +5,6 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,92 +15,53 @@
 namespace {
 
 using kx::test::InputList;
-using kx::test::TempDir;
+using kx::test::ReadFile;
 using Texts = std::vector<std::string>;
 
-// The elements laid end to end, each with its NUL.
-std::string AssignmentText(const Texts &elements) {
+char *Assign(InputList &l, const Texts &elements, const char *divider = "~") {
     std::string text;
     for (const std::string &e : elements) text.append(e).push_back('\0');
-    return text;
-}
-
-char *Assign(InputList &l, const Texts &elements, const char *divider = "~") {
-    const std::string text = AssignmentText(elements);
     return WertzuweisungEingabe(static_cast<int>(elements.size()), text.data(), &l.count(), &l.list(), divider);
-}
-
-// The entry's values, walked by their NULs.
-Texts Values(const EingabeElement &e) {
-    Texts values;
-    const char *p = e.Wert;
-    for (int i = 0; p != nullptr && i < e.WertGesetzt; ++i, p += std::strlen(p) + 1) values.emplace_back(p);
-    return values;
-}
-
-Texts ValuesOf(InputList &l, const char *name) {
-    const int i = EingabewertIndex(name, l.list(), l.count());
-    return i < l.count() ? Values(l[i]) : Texts{"<no entry>"};
 }
 
 // The entries every assignment case starts from.
 void Declare(InputList &l) {
-    const struct { const char *name; char kind; } entries[] = {
-        {"Name", 'n'}, {"Save", 'n'}, {"Open", 'n'}, {"L", 'j'}, {"M", 'm'}, {"C", 'c'},
-        {"LInternalcount", 'n'}, {"a=b", 'n'}, {"PLSet", 'n'},
-    };
-    for (const auto &e : entries) l.Add(e.name, e.kind);
+    const std::pair<const char *, char> entries[] = {{"Name", 'n'}, {"Save", 'n'}, {"Open", 'n'}, {"L", 'j'}, {"M", 'm'},
+                                                     {"C", 'c'}, {"LInternalcount", 'n'}, {"a=b", 'n'}, {"PLSet", 'n'}};
+    for (const auto &[name, kind] : entries) l.Add(name, kind);
 }
 
 struct Case {
     Texts elements;
-    const char *entry;
-    Texts values;
-    const char *pressed;
+    const char *entry, *values, *pressed;
 };
 
 const Case kCases[] = {
-    {{"Name=a%20b"}, "Name", {"a b"}, nullptr},
-    {{"Name=a+b%2Fc"}, "Name", {"a b/c"}, nullptr},
-    {{"Save=Speichern"}, "Save", {"on"}, "Save"},
-    {{"SaveAll=x"}, "Save", {"on"}, "Save"},
-    {{"Save=1", "Open=2"}, "Open", {"on"}, "Open"},
-    {{"L=a~b~c"}, "L", {"a", "b", "c"}, nullptr},
-    {{"L=a%7E~b"}, "L", {"a~", "b"}, nullptr},
-    {{"L="}, "L", {""}, nullptr},
-    {{"L=a~b", "L2=d"}, "L", {"a", "b", "d"}, nullptr},
-    {{"Name=a", "Name3=x~y"}, "Name", {"a", "x~y"}, nullptr},
-    {{"M=x", "M=y"}, "M", {"x", "y"}, nullptr},
-    {{"C=x", "C=%41"}, "C", {"x", "A"}, nullptr},
-    {{"LInternalcount=3"}, "L", {}, nullptr},
-    {{"LInternalcount=3"}, "LInternalcount", {"3"}, nullptr},
-    {{"a^i^g^b=1"}, "a=b", {"1"}, nullptr},
-    {{"Name=x%00y"}, "Name", {"x"}, nullptr},
-    {{"Name=%ZZ%"}, "Name", {"%ZZ%"}, nullptr},
-    {{"Name=%FF%01%7F\xFE\t"}, "Name", {"\xFF\x01\x7F\xFE\t"}, nullptr},
-    {{"L=%00~~%7E%00x"}, "L", {"", "", "~"}, nullptr},
-    {{"Name"}, "Name", {""}, nullptr},
-    {{"Namex=1"}, "Name", {}, nullptr},
-    {{"Nobody=1", "Delete=1"}, "Name", {}, nullptr},
-    {{"Name=1", "Name=2"}, "Name", {"2"}, nullptr},
+    {{"Name=a%20b"}, "Name", "[a b]", nullptr}, {{"Name=a+b%2Fc"}, "Name", "[a b/c]", nullptr},
+    {{"Save=Speichern"}, "Save", "[on]", "Save"}, {{"SaveAll=x"}, "Save", "[on]", "Save"},
+    {{"Save=1", "Open=2"}, "Open", "[on]", "Open"}, {{"L=a~b~c"}, "L", "[a][b][c]", nullptr},
+    {{"L=a%7E~b"}, "L", "[a~][b]", nullptr}, {{"L="}, "L", "[]", nullptr}, {{"L=a~b", "L2=d"}, "L", "[a][b][d]", nullptr},
+    {{"Name=a", "Name3=x~y"}, "Name", "[a][x~y]", nullptr}, {{"M=x", "M=y"}, "M", "[x][y]", nullptr},
+    {{"C=x", "C=%41"}, "C", "[x][A]", nullptr}, {{"LInternalcount=3"}, "L", "", nullptr},
+    {{"LInternalcount=3"}, "LInternalcount", "[3]", nullptr}, {{"a^i^g^b=1"}, "a=b", "[1]", nullptr},
+    {{"Name=x%00y"}, "Name", "[x]", nullptr}, {{"Name=%ZZ%"}, "Name", "[%ZZ%]", nullptr},
+    {{"Name=%FF%01%7F\xFE\t"}, "Name", "[\xFF\x01\x7F\xFE\t]", nullptr}, {{"L=%00~~%7E%00x"}, "L", "[][][~]", nullptr},
+    {{"Name"}, "Name", "[]", nullptr}, {{"Namex=1"}, "Name", "", nullptr}, {{"Nobody=1", "Delete=1"}, "Name", "", nullptr},
+    {{"Name=1", "Name=2"}, "Name", "[2]", nullptr},
 };
 
 TEST(Assignment, RequestValuesIntoEntries) {
     for (const Case &c : kCases) {
+        SCOPED_TRACE(c.elements.front() + " -> " + c.entry);
         InputList l;
         Declare(l);
         const int count = l.count();
         const char *pressed = Assign(l, c.elements);
-        const std::string where = c.elements.front() + " -> " + c.entry;
-        EXPECT_EQ(ValuesOf(l, c.entry), c.values) << where;
-        EXPECT_EQ(l.count(), count) << where << ": no entry is added once PLSet exists";
-        if (c.pressed == nullptr) {
-            EXPECT_EQ(pressed, nullptr) << where;
-        } else {
-            ASSERT_NE(pressed, nullptr) << where;
-            EXPECT_STREQ(pressed, c.pressed) << where;
+        EXPECT_EQ(l.ValuesOf(c.entry), c.values);
+        EXPECT_EQ(l.count(), count) << "no entry is added once PLSet exists";
+        EXPECT_STREQ(pressed, c.pressed);
+        if (c.pressed != nullptr)
             EXPECT_EQ(pressed, l[EingabewertIndex(c.pressed, l.list(), l.count())].Name) << "the entry's own Name";
-        }
     }
 }
 
@@ -112,59 +71,36 @@ TEST(Assignment, WholeRequest) {
     const char *pressed = Assign(l, {"Name=J%C3%BCrgen+M", "L=a~b", "Nobody=z", "L1=c~d", "M=x", "Save=Speichern",
                                      "M=y", "a^i^g^b=%3D", "C", "LInternalcount=2~2"});
     EXPECT_STREQ(pressed, "Save");
-    const struct { const char *name; Texts values; } expected[] = {
-        {"Name", {"J\xC3\xBCrgen M"}}, {"Save", {"on"}}, {"Open", {}}, {"L", {"a", "b", "c", "d"}},
-        {"M", {"x", "y"}}, {"C", {""}}, {"LInternalcount", {"2~2"}}, {"a=b", {"="}}, {"PLSet", {}},
-    };
-    ASSERT_EQ(l.count(), static_cast<int>(std::size(expected)));
-    for (int i = 0; i < l.count(); ++i) {
-        EXPECT_STREQ(l[i].Name, expected[i].name);
-        EXPECT_EQ(Values(l[i]), expected[i].values) << expected[i].name;
-        EXPECT_EQ(l[i].WertGesetzt, static_cast<int>(expected[i].values.size())) << expected[i].name;
-        EXPECT_EQ(l[i].WertPosition, 0) << expected[i].name;
-    }
+    EXPECT_EQ(kx::test::Describe(l.list(), l.count()),
+              "Name|n|<null>=[J\xC3\xBCrgen M]\nSave|n|<null>=[on]\nOpen|n|<null>\nL|j|<null>=[a][b][c][d]\n"
+              "M|m|<null>=[x][y]\nC|c|<null>=[]\nLInternalcount|n|<null>=[2~2]\na=b|n|<null>=[=]\nPLSet|n|<null>\n");
 }
 
-TEST(Assignment, DividerDefaultsToBlank) {
+TEST(Assignment, DividerPositionStreamAndNamelessEntries) {
     for (const char *divider : {static_cast<const char *>(nullptr), ""}) {
         InputList l;
         Declare(l);
         Assign(l, {"L=a+b c"}, divider);
-        EXPECT_EQ(ValuesOf(l, "L"), (Texts{"a b", "c"}));
+        EXPECT_EQ(l.ValuesOf("L"), "[a b][c]") << "the divider defaults to a blank";
     }
-}
-
-TEST(Assignment, PositionStaysOnAValue) {
-    InputList l;
-    Declare(l);
-    Assign(l, {"L=aaaa~b~c"});
-    l[3].WertPosition = 5;  // on "b"
-    Assign(l, {"L=x~y"});
-    EXPECT_EQ(l[3].WertPosition, 0) << "offset 5 is no value of x~y";
-    l[3].WertPosition = 2;  // on "y"
-    Assign(l, {"L3=z"});
-    EXPECT_STREQ(l[3].Wert + l[3].WertPosition, "y") << "appending keeps the current value";
-}
-
-TEST(Assignment, OutputStreamDefaultsToStandardOutput) {
-    FILE *saved = _Utilsfpout;
-    _Utilsfpout = nullptr;
-    InputList l;
-    Declare(l);
-    Assign(l, {});
-    EXPECT_EQ(_Utilsfpout, stdout);
-    _Utilsfpout = saved;
-}
-
-TEST(Assignment, EntriesWithoutNameTakeNothing) {
     InputList l;
     l.Add("");
     Declare(l);
-    EXPECT_EQ(Assign(l, {"Save=1", "3=x"}), l[2].Name);
-    EXPECT_EQ(l[0].Wert, nullptr);
+    FILE *saved = _Utilsfpout;
+    _Utilsfpout = nullptr;
+    EXPECT_EQ(Assign(l, {"L=aaaa~b~c", "Save=1", "3=x"}), l[2].Name);
+    EXPECT_EQ(_Utilsfpout, stdout) << "the output stream defaults to standard output";
+    _Utilsfpout = saved;
+    EXPECT_EQ(l[0].Wert, nullptr) << "an entry without a name takes nothing";
+    l[4].WertPosition = 5;  // on "b"
+    Assign(l, {"L=x~y"});
+    EXPECT_EQ(l[4].WertPosition, 0) << "offset 5 is no value of x~y";
+    l[4].WertPosition = 2;  // on "y"
+    Assign(l, {"L3=z"});
+    EXPECT_STREQ(l[4].Wert + l[4].WertPosition, "y") << "appending keeps the current value";
 }
 
-// --- page actions, carried out while the list has no "PLSet" entry ---------
+// --- page actions, carried out while the list has no "PLSet" entry
 
 TEST(AssignmentActions, PLSetIsDeclaredOnceAndStopsTheActions) {
     InputList l;
@@ -175,16 +111,12 @@ TEST(AssignmentActions, PLSetIsDeclaredOnceAndStopsTheActions) {
     EXPECT_STREQ(l[index].Vorgabe, "yes");
     ASSERT_NE(KXGetMibPath(), nullptr);
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs");
-
     Assign(l, {"MibPath=/other"});
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs") << "the second call only assigns";
-}
-
-TEST(AssignmentActions, MibPathPrefersTheValue) {
-    InputList l;
-    l.Add("MibPath", 'n', "/default/mibs");
-    Assign(l, {"MibPath=%2Fsent%2Fmibs"});
-    EXPECT_STREQ(KXGetMibPath(), "/sent/mibs");
+    InputList sent;
+    sent.Add("MibPath", 'n', "/default/mibs");
+    Assign(sent, {"MibPath=%2Fsent%2Fmibs"});
+    EXPECT_STREQ(KXGetMibPath(), "/sent/mibs") << "the value wins over the default";
 }
 
 TEST(AssignmentActions, ParameterListDeclaresItsPairs) {
@@ -192,27 +124,16 @@ TEST(AssignmentActions, ParameterListDeclaresItsPairs) {
     l.Add("ParameterList");
     l.Add("x", 'm');
     Assign(l, {"ParameterList=x--1,,y--a|b,,nopair,,n%20m--v%2Cw,,bad~name--1,,--empty"});
-    EXPECT_EQ(ValuesOf(l, "x"), Texts{"1"});
-    EXPECT_EQ(l[EingabewertIndex("x", l.list(), l.count())].Art, 'n') << "redeclared by the pair";
-    EXPECT_EQ(ValuesOf(l, "y"), (Texts{"a", "b"}));
-    EXPECT_EQ(l[EingabewertIndex("y", l.list(), l.count())].Art, 'j');
-    EXPECT_EQ(ValuesOf(l, "n m"), Texts{"v,w"});
-    EXPECT_EQ(EingabewertIndex("bad~name", l.list(), l.count()), l.count()) << "a name with the separator";
-    EXPECT_EQ(EingabewertIndex("bad", l.list(), l.count()), l.count());
-    EXPECT_EQ(EingabewertIndex("", l.list(), l.count()), l.count());
-    EXPECT_EQ(ValuesOf(l, "ParameterList"),
-              Texts{"x--1,,y--a%7Cb,,nopair,,n+m--v,w,,bad%7Ename--1,,--empty"});
+    // x is redeclared by its pair; a name with the separator, or none, declares nothing
+    EXPECT_EQ(kx::test::Describe(l.list(), l.count()),
+              "ParameterList|n|<null>=[x--1,,y--a%7Cb,,nopair,,n+m--v,w,,bad%7Ename--1,,--empty]\nx|n|1=[1]\n"
+              "PLSet|n|yes\ny|j|a|b=[a][b]\nn m|n|v,w=[v,w]\n");
 }
 
 // Runs the test body inside a directory of its own, and puts everything back.
 class DefinitionFiles : public ::testing::Test {
 protected:
-    void SetUp() override {
-        saved_ = std::filesystem::current_path();
-        std::filesystem::current_path(dir_.path());
-    }
     void TearDown() override {
-        std::filesystem::current_path(saved_);
         for (char *&name : _IniFilename) {
             std::free(name);
             name = nullptr;
@@ -222,25 +143,23 @@ protected:
         _IniFilename[file] = strdup(name);
         _IniFilenameDivideSign[file] = sign;
     }
-    static std::string Read(const char *name) {
-        std::ifstream in(name, std::ios::binary);
-        std::stringstream s;
-        s << in.rdbuf();
-        return s.str();
+    // Assigns the request to a list of Port (with its default) and SetIniValue.
+    static void SetIniValue(const Texts &request, const char *portDefault = nullptr) {
+        InputList l;
+        l.Add("Port", 'n', portDefault);
+        l.Add("SetIniValue");
+        Assign(l, request);
     }
 
-    TempDir dir_;
-    std::filesystem::path saved_;
+    kx::test::TempDir dir_;
+    kx::test::CurrentDirectory inside_{dir_.path()};
 };
 
 TEST_F(DefinitionFiles, SetIniValueWritesTheDefault) {
     dir_.Write("app.ini", "|\nMyPort|n|1\nPort|n|80\nTail|n|end\n");
     Record(0, "app.ini", '|');
-    InputList l;
-    l.Add("Port", 'n', "80");
-    l.Add("SetIniValue");
-    Assign(l, {"Port=8080%0AEvil|n|x", "SetIniValue=Port"});
-    EXPECT_EQ(Read("app.ini"), "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n")
+    SetIniValue({"Port=8080%0AEvil|n|x", "SetIniValue=Port"}, "80");
+    EXPECT_EQ(ReadFile("app.ini"), "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n")
         << "the key starts a line, and the value ends at its line break";
 }
 
@@ -249,12 +168,9 @@ TEST_F(DefinitionFiles, SetIniValueFallsBackToTheSecondFile) {
     dir_.Write("b.ini", "~\nPort~n~80\n");
     Record(0, "a.ini", '|');
     Record(1, "b.ini", '~');
-    InputList l;
-    l.Add("Port", 'n', "80");
-    l.Add("SetIniValue");
-    Assign(l, {"Port=9", "SetIniValue=Port"});
-    EXPECT_EQ(Read("a.ini"), "|\nOther|n|1\n");
-    EXPECT_EQ(Read("b.ini"), "~\nPort~n~9\n");
+    SetIniValue({"Port=9", "SetIniValue=Port"}, "80");
+    EXPECT_EQ(ReadFile("a.ini"), "|\nOther|n|1\n");
+    EXPECT_EQ(ReadFile("b.ini"), "~\nPort~n~9\n");
 }
 
 TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
@@ -262,19 +178,12 @@ TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
     dir_.Write("app.ini", content);
     Record(0, std::string(500, 'x').c_str(), '|');  // too long a name is skipped
     Record(1, "app.ini", '|');
-    const Texts requests[] = {{"SetIniValue=Nobody"}, {"SetIniValue="}, {"Port=", "SetIniValue=Port"}};
-    for (const Texts &request : requests) {
-        InputList l;
-        l.Add("Port", 'n');
-        l.Add("SetIniValue");
-        Assign(l, request);
-        EXPECT_EQ(Read("app.ini"), content) << request.back();
+    for (const Texts &request : {Texts{"SetIniValue=Nobody"}, Texts{"SetIniValue="}, Texts{"Port=", "SetIniValue=Port"}}) {
+        SetIniValue(request);
+        EXPECT_EQ(ReadFile("app.ini"), content) << request.back();
     }
-    InputList l;
-    l.Add("Port", 'n');
-    l.Add("SetIniValue");
-    Assign(l, {"Port=5", "SetIniValue=Port"});
-    EXPECT_EQ(Read("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
+    SetIniValue({"Port=5", "SetIniValue=Port"});
+    EXPECT_EQ(ReadFile("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
 }
 
 // Two processes set the same definition value again and again; every
@@ -289,17 +198,12 @@ TEST_F(DefinitionFiles, ConcurrentWritersLeaveAWholeFile) {
         children[c] = fork();
         ASSERT_GE(children[c], 0);
         if (children[c] != 0) continue;
-        for (int i = 0; i < kWrites; ++i) {
-            InputList l;
-            l.Add("Port", 'n');
-            l.Add("SetIniValue");
-            Assign(l, {"Port=" + std::to_string(c + 1) + std::string(i % 50, 'x'), "SetIniValue=Port"});
-        }
+        for (int i = 0; i < kWrites; ++i)
+            SetIniValue({"Port=" + std::to_string(c + 1) + std::string(i % 50, 'x'), "SetIniValue=Port"});
         _exit(0);
     }
-    int reads = 0;
-    for (int alive = 2; alive > 0; ++reads) {
-        const std::string content = Read("app.ini");
+    for (int alive = 2; alive > 0;) {
+        const std::string content = ReadFile("app.ini");
         ASSERT_TRUE(content.starts_with(head) && content.ends_with(tail)) << content;
         const std::string value = content.substr(head.size(), content.size() - head.size() - tail.size());
         ASSERT_TRUE(value == "0" || ((value[0] == '1' || value[0] == '2') && value.find_first_not_of('x', 1) == std::string::npos))
@@ -308,7 +212,7 @@ TEST_F(DefinitionFiles, ConcurrentWritersLeaveAWholeFile) {
         for (pid_t child : children) alive += waitpid(child, nullptr, WNOHANG) == 0 ? 1 : 0;
     }
     for (pid_t child : children) waitpid(child, nullptr, 0);
-    const std::string final = Read("app.ini");
+    const std::string final = ReadFile("app.ini");
     EXPECT_TRUE(final.starts_with(head + "1") || final.starts_with(head + "2")) << final;
     for (const auto &entry : std::filesystem::directory_iterator(dir_.path()))
         EXPECT_EQ(entry.path().filename(), "app.ini") << "no temporary file is left";

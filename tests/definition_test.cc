@@ -7,7 +7,6 @@
 
 #include "kx_input.h"
 #include "support/kx_test.h"
-#include "support/request_fixtures.h"
 
 namespace {
 

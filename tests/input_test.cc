@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "support/kx_test.h"
-#include "support/request_fixtures.h"
 
 namespace {
 

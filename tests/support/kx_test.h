@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -23,7 +24,7 @@ std::string Terminated(std::initializer_list<std::string_view> texts);
 std::string ReadFile(const std::string &path);
 
 // The entries of a list, one per line: name, kind and default (or <null>)
-// separated by "|", then "=" and the values joined with "~" when there are
+// separated by "|", then "=" and each value in brackets when there are
 // values, and "@" and the position when it is not 0. A name length that
 // disagrees with the name is shown as "!length".
 std::string Describe(const EingabeElement *list, int count);
@@ -57,6 +58,33 @@ private:
     std::string path_;
 };
 
+// Makes directory the current one; the old one comes back at the end.
+class CurrentDirectory {
+public:
+    explicit CurrentDirectory(const std::filesystem::path &directory);
+    ~CurrentDirectory();
+    CurrentDirectory(const CurrentDirectory &) = delete;
+    CurrentDirectory &operator=(const CurrentDirectory &) = delete;
+
+private:
+    std::filesystem::path previous_;
+};
+
+// A pipe on file descriptor 0; the old standard input comes back at the end.
+class StandardInputPipe {
+public:
+    StandardInputPipe();
+    ~StandardInputPipe();
+    StandardInputPipe(const StandardInputPipe &) = delete;
+    StandardInputPipe &operator=(const StandardInputPipe &) = delete;
+    // Writes data (at most what the pipe holds) and closes the writing end.
+    void WriteAndClose(std::string_view data);
+
+private:
+    int saved_;
+    int writer_ = -1;
+};
+
 // An input list built by a test, with every text freed at the end. The
 // process-wide handles are cleared when they point at it.
 class InputList {
@@ -70,6 +98,8 @@ public:
     EingabeElement &operator[](int i) { return list_[i]; }
     // Adds an entry as a definition line would declare it (no value yet).
     void Add(const char *name, char kind = 'n', const char *defaultText = nullptr);
+    // The values of the entry name, each in brackets; "<no entry>" without one.
+    std::string ValuesOf(const char *name) const;
     // Gives entry i the values, laid end to end as a list entry holds them,
     // the first one current.
     void SetValues(int i, std::initializer_list<std::string_view> values);
