@@ -5,7 +5,7 @@
 #include <string>
 
 #include "kx_template.h"
-#include "support/kx_test.h"
+#include "support/page_engine.h"
 
 namespace {
 
@@ -154,21 +154,13 @@ TEST(Compare, EntryWithoutValue) {
     }
 }
 
-TEST(Compare, RightTextPlaceholdersAreEvaluatedAndTheTextKept) {
-    InputList l;
-    l.Add("Ersetzungsanfang", 'n', "{");
-    l.Add("Ersetzungsende", 'n', "}");
-    l.Add("v");
-    l.Add("other");
-    SetEingabeWert(l.count(), l.list(), "v", "abc");
-    SetEingabeWert(l.count(), l.list(), "other", "abc");
-    const int savedStart = iErsetzungsAnfang, savedEnd = iErsetzungsEnde;
-    iErsetzungsAnfang = 0;
-    iErsetzungsEnde = 1;
-    _pEingabe = &l.list();
-    _pEingabeAnzahl = &l.count();
+class CompareOnAPage : public kx::test::PageEngine {};
+
+TEST_F(CompareOnAPage, RightTextPlaceholdersAreEvaluatedAndTheTextKept) {
+    Set("v", "abc");
+    Set("other", "abc");
     auto compare = [&](const char *right) {
-        return CompareFunction("_string", Op("=="), nullptr, right, -1, 2, -1, 2, &l.list(), &l.count());
+        return CompareFunction("_string", Op("=="), nullptr, right, -1, 2, -1, 2, &list_.list(), &list_.count());
     };
     EXPECT_EQ(compare("{other}"), 1);
     EXPECT_EQ(compare("x|{other}"), 1);
@@ -176,10 +168,6 @@ TEST(Compare, RightTextPlaceholdersAreEvaluatedAndTheTextKept) {
     char right[] = "a|abc%20c|abc";
     EXPECT_EQ(compare(right), 1);
     EXPECT_STREQ(right, "a|abc%20c|abc");
-    iErsetzungsAnfang = savedStart;
-    iErsetzungsEnde = savedEnd;
-    _pEingabe = nullptr;
-    _pEingabeAnzahl = nullptr;
 }
 
 }  // namespace

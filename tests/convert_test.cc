@@ -168,28 +168,18 @@ const std::vector<HandlerCase> kHandlerCases = {
     {ConvertProcessTime, "020A0A000000FFFF", "1000000000", "01:46:40"}, {ConvertProcessTime, "", "1000000000", "01:46:40"},
 };
 
+// Each test is a process of its own: the zone and the locale need no restoring.
 class Conversions : public ::testing::Test {
 protected:
     void SetUp() override {
-        const char *zone = std::getenv("TZ");
-        savedZone_ = zone ? zone : "";
-        hadZone_ = zone != nullptr;
         setenv("TZ", "EST5", 1);
         tzset();
-        savedLocale_ = std::setlocale(LC_TIME, nullptr);
         std::setlocale(LC_TIME, "C");
     }
     void TearDown() override {
-        if (hadZone_) setenv("TZ", savedZone_.c_str(), 1);
-        else unsetenv("TZ");
-        tzset();
-        std::setlocale(LC_TIME, savedLocale_.c_str());
         _pEingabe = nullptr;
         _pEingabeAnzahl = nullptr;
     }
-
-    std::string savedZone_, savedLocale_;
-    bool hadZone_ = false;
 };
 
 TEST_F(Conversions, HandlerResults) {

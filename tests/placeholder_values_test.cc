@@ -73,13 +73,13 @@ TEST_F(Placeholders, SelectionForms) {
     EXPECT_EQ(Replace(""), "1|||-1") << "a text shorter than the marker";
     _InCreateValueFromControl = 0;
     EXPECT_EQ(Replace("{State[{Typ[CPU]}]}"), "2|State_CPU||-1");
-    EXPECT_EQ(Values("State_CPU"), "ok~warn");
+    EXPECT_EQ(Values("State_CPU"), "[ok][warn]");
     EXPECT_EQ(Entry("State_CPU")->Art, 'j');
     EXPECT_EQ(Replace("{State[{Typ[CPU]}]}"), "0|State_CPU||-1") << "the entry exists now";
     EXPECT_EQ(Replace("{State[{Typ[Disk|Net]}]}"), "0|State_Disk||-1") << "nothing selected names the first candidate";
     Set("which", "Fan");
     EXPECT_EQ(Replace("{State[{Typ[{which}]}]}"), "1|State_Fan||-1") << "the elements are evaluated";
-    EXPECT_EQ(Values("State_Fan"), "bad");
+    EXPECT_EQ(Values("State_Fan"), "[bad]");
     EXPECT_EQ(Page("{State[{Typ[CPU]}]}|{State_CPU}\n"), "ok|ok\n");
     EXPECT_EQ(Page("{State[{Typ[CPU}} x\n"), "<! first ] missing !>\n{State[{Typ[CPU}} x\n");
 }
@@ -87,12 +87,12 @@ TEST_F(Placeholders, SelectionForms) {
 TEST_F(Placeholders, SelectionWidenedByRatioOrIndexed) {
     SetList("State", {"a", "b", "c", "d", "e", "f"});
     EXPECT_EQ(Replace("{State[{Typ[CPU]}]}"), "4|State_CPU||-1");
-    EXPECT_EQ(Values("State_CPU"), "a~b~e~f");
+    EXPECT_EQ(Values("State_CPU"), "[a][b][e][f]");
     TearDown();
     SetUp();
     SetList("State", {"ok", "bad", "warn", "x"});
     EXPECT_EQ(Replace("{State[{Typ[CPU[1]]}]}"), "2|State_CPU||1");
-    EXPECT_EQ(Values("State_CPU"), "bad~x");
+    EXPECT_EQ(Values("State_CPU"), "[bad][x]");
     Set("pos", "2");
     EXPECT_EQ(Replace("{State[{Typ[Fan[{pos}]]}]}"), "1|State_Fan||2");
 }
@@ -102,12 +102,12 @@ TEST_F(Placeholders, SeveralCandidatesSkipUnknownValuesAndTheLastKeepsNoValue) {
     EXPECT_EQ(Replace("{State[{Typ[Fan|CPU]}]}"), "2|State_CPU||-1");
     SetList("State", {"ok", "fine", "warn"});
     EXPECT_EQ(Replace("{State[{Typ[Fan|Disk]}]}"), "1|State_Fan||-1");
-    EXPECT_EQ(Values("State_Fan"), "fine");
+    EXPECT_EQ(Values("State_Fan"), "[fine]");
     TearDown();
     SetUp();
     SetList("State", {"NOVALUE", "x", "y"});
     EXPECT_EQ(Replace("{State[{Typ[Disk|CPU]}]}"), "2|State_CPU||-1") << "the last candidate is taken";
-    EXPECT_EQ(Values("State_CPU"), "NOVALUE~y");
+    EXPECT_EQ(Values("State_CPU"), "[NOVALUE][y]");
     EXPECT_EQ(Replace("{State[{Typ[CPU|Fan]}]}"), "0|State_CPU||-1") << "found as an entry now";
     EXPECT_EQ(Replace("{State[{Typ[Net|Fan]}]}"), "1|State_Fan||-1");
 }
@@ -128,8 +128,8 @@ TEST_F(Placeholders, SelectionMessages) {
 TEST_F(Placeholders, EnumerationOutput) {
     SetList("Typ", {"a", "a", "a"});
     struct Case { const char *mode, *prefix, *expected; };
-    const Case cases[] = {{nullptr, "E1", "Warning~Gone~3-x"}, {"Numeric", "E2", "2~-1~3-x"},
-                          {"Both", "E3", "2 - Warning~-1 - Gone~3-x"}, {"numeric", "E4", "Warning~Gone~3-x"}};
+    const Case cases[] = {{nullptr, "E1", "[Warning][Gone][3-x]"}, {"Numeric", "E2", "[2][-1][3-x]"},
+                          {"Both", "E3", "[2 - Warning][-1 - Gone][3-x]"}, {"numeric", "E4", "[Warning][Gone][3-x]"}};
     for (const Case &c : cases) {
         if (c.mode != nullptr) Set("EnumOutput", c.mode);
         SetList(c.prefix, {"2 - Warning", "-1 - Gone", "3-x"});
@@ -186,7 +186,7 @@ TEST_F(Placeholders, ComparisonThatDeclaresEntries) {
     char message[KX_MESSAGE_SIZE] = "";
     CreateValueFromControl(text.data(), list_.count(), 1, &list_.count(), &list_.list(), &result, -1, 2, "}", message);
     EXPECT_EQ(HeapText(result).str(), "no") << "a line with DEFINEs writes nothing: the text is compared as written";
-    EXPECT_EQ(Values("n2"), "b") << "the list grew while the comparison ran";
+    EXPECT_EQ(Values("n2"), "[b]") << "the list grew while the comparison ran";
     EXPECT_EQ(Entry("Typ")->WertPosition, 0);
 }
 

@@ -172,7 +172,7 @@ TEST_F(Template, StringModeResults) {
 
 TEST_F(Template, ListsLeftBehind) {
     Page("<!{DEFINE d p~q~r}>\n");
-    EXPECT_EQ(Values("d"), "p~q~r");
+    EXPECT_EQ(Values("d"), "[p][q][r]");
     EXPECT_EQ(Entry("d")->Art, 'j') << "DEFINE makes a list entry";
     EXPECT_EQ(Page("<!{CYCLE}>\n{name}{short}\n<!{/CYCLE}>\n{name}{short}\n"), "a1\nb2\nc\na1\n");
     EXPECT_EQ(Entry("name")->WertPosition, 0) << "back at the first value";

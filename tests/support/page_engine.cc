@@ -39,17 +39,6 @@ void PageEngine::SetList(const char *name, std::initializer_list<std::string_vie
     list_.SetValues(static_cast<int>(Entry(name) - list_.list()), values);
 }
 
-std::string PageEngine::Values(const char *name) {
-    const EingabeElement *entry = Entry(name);
-    if (entry == nullptr) return "<absent>";
-    if (entry->Wert == nullptr) return "<none>";
-    std::string joined;
-    const char *value = entry->Wert;
-    for (int i = 0; i < entry->WertGesetzt; ++i, value += std::strlen(value) + 1)
-        joined.append(i > 0 ? "~" : "").append(value);
-    return joined;
-}
-
 std::string PageEngine::PageAt(const std::string &path) {
     CapturedPage page;
     ErsetzeUndGebeHtmlDateiAus(path.c_str(), nullptr, iErsetzungsAnfang, iErsetzungsEnde,

@@ -26,8 +26,8 @@ protected:
     // Declares name without a value.
     void Declare(const char *name, const char *defaultText = nullptr, char kind = 'n');
     EingabeElement *Entry(const char *name);
-    // The values of name, joined with "~".
-    std::string Values(const char *name);
+    // The values of name, each in brackets.
+    std::string Values(const char *name) const { return list_.ValuesOf(name); }
 
     // The page written for a template with this content (file mode).
     std::string Page(const std::string &content, const std::string &relative = "page.htm");
