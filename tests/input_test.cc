@@ -26,41 +26,35 @@ TEST(InputList, LookupIsExactAndFirstMatchWins) {
     for (const auto &[name, index] : cases) EXPECT_EQ(EingabewertIndex(name, l.list(), l.count()), index) << name;
 }
 
-TEST(InputList, SettersCopyAndFallBackToTheDefault) {
+// Each step on one list, and the list it leaves (see Describe).
+TEST(InputList, SettersCopyAppendAndFallBackToTheDefault) {
     InputList l;
     l.Add("Color", 'n', "blue");
+    l.Add("A");
+    auto list = [&] { return kx::test::Describe(l.list(), l.count()); };
     EXPECT_EQ(SetEingabeWert(l.count(), l.list(), "Color", "red"), 0);
-    EXPECT_STREQ(l[0].Wert, "red");
-    EXPECT_EQ(l[0].WertGesetzt, 1);
+    EXPECT_EQ(list(), "Color|n|blue=[red]\nA|n|<null>\n");
     l[0].WertPosition = 1;
     char text[] = "green";
     EXPECT_EQ(SetEingabeWertI(l.count(), l.list(), 0, text), 0);
     text[0] = 'X';
-    EXPECT_STREQ(l[0].Wert, "green") << "the setter keeps its own copy";
-    EXPECT_EQ(l[0].WertPosition, 0) << "a new value is current from its start";
+    EXPECT_EQ(list(), "Color|n|blue=[green]\nA|n|<null>\n") << "its own copy, current from its start";
     EXPECT_EQ(SetEingabeWert(l.count(), l.list(), "Color", nullptr), 0);
-    EXPECT_EQ(l[0].Wert, nullptr);
-    EXPECT_EQ(l[0].WertGesetzt, 0);
-    EXPECT_STREQ(l[0].Vorgabe, "blue");
-    // Unknown names and indexes leave the list alone.
-    EXPECT_EQ(SetEingabeWert(l.count(), l.list(), "B", "x"), 1);
-    EXPECT_EQ(SetEingabeWertI(l.count(), l.list(), 1, "x"), 1);
+    // The index set comes back; unknown names and indexes leave the list alone.
+    EXPECT_EQ(SetEingabeWert(l.count(), l.list(), "B", "x"), 2);
+    EXPECT_EQ(SetEingabeWertI(l.count(), l.list(), 2, "x"), 2);
     EXPECT_EQ(SetEingabeWertI(l.count(), l.list(), -1, "x"), -1);
-    EXPECT_EQ(AppendEingabeWert(l.count(), l.list(), "B", "x"), 1);
-    EXPECT_EQ(l[0].Wert, nullptr);
-}
-
-TEST(InputList, AppendJoinsWithoutSeparatorAndResetsPosition) {
-    InputList l;
-    l.Add("A");
-    EXPECT_EQ(AppendEingabeWert(l.count(), l.list(), "A", "ab"), 0);
-    EXPECT_STREQ(l[0].Wert, "ab");
-    l[0].WertPosition = 1;
-    l[0].WertGesetzt = 2;
+    EXPECT_EQ(AppendEingabeWert(l.count(), l.list(), "B", "x"), 2);
+    EXPECT_EQ(AppendEingabeWert(l.count(), l.list(), "A", "ab"), 1);
+    EXPECT_EQ(list(), "Color|n|blue\nA|n|<null>=[ab]\n");
+    l[1].WertPosition = 1;
+    l[1].WertGesetzt = 2;
     AppendEingabeWert(l.count(), l.list(), "A", "cd");
-    EXPECT_STREQ(l[0].Wert, "abcd");
-    EXPECT_EQ(l[0].WertPosition, 0);
-    EXPECT_EQ(l[0].WertGesetzt, 1);
+    EXPECT_EQ(list(), "Color|n|blue\nA|n|<null>=[abcd]\n") << "joined without separator, one value, position 0";
+    // AppendToEingabe declares a new name, and redeclares a known one keeping its value.
+    ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), nullptr, "Hosts", 2, "a~b"), 0);
+    ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), "~", "A", 1, nullptr), 0);
+    EXPECT_EQ(list(), "Color|n|blue\nA|n|=[abcd]\nHosts|j|a~b\n");
 }
 
 TEST(InputList, GetInputValueGivesTheEntrysOwnWholeText) {
@@ -77,23 +71,6 @@ TEST(InputList, GetInputValueGivesTheEntrysOwnWholeText) {
     EXPECT_EQ(value, l[1].Wert) << "the entry's own text from its start";
     EXPECT_EQ(GetInputValue(l.count(), l.list(), "None", &value), 2);
     EXPECT_EQ(value, nullptr);
-}
-
-TEST(InputList, AppendToEingabeDeclaresOrRedeclares) {
-    InputList l;
-    ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), nullptr, "Hosts", 2, "a~b"), 0);
-    ASSERT_EQ(l.count(), 1);
-    EXPECT_STREQ(l[0].Name, "Hosts");
-    EXPECT_EQ(l[0].NameLaenge, 5u);
-    EXPECT_EQ(l[0].Art, 'j');
-    EXPECT_STREQ(l[0].Vorgabe, "a~b");
-    EXPECT_EQ(l[0].Wert, nullptr);
-    SetEingabeWert(l.count(), l.list(), "Hosts", "x");
-    ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), "~", "Hosts", 1, nullptr), 0);
-    ASSERT_EQ(l.count(), 1) << "a known name is redeclared, not added";
-    EXPECT_EQ(l[0].Art, 'n');
-    EXPECT_STREQ(l[0].Vorgabe, "");
-    EXPECT_STREQ(l[0].Wert, "x") << "redeclaring keeps the value";
 }
 
 TEST(TextHelpers, CopiesJoinsAndLists) {
