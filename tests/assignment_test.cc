@@ -201,7 +201,7 @@ TEST_F(DefinitionFiles, ConcurrentWritersLeaveAWholeFile) {
         ASSERT_GE(children[c], 0);
         if (children[c] != 0) continue;
         for (int i = 0; i < kWrites; ++i)
-            SetIniValue({"Port=" + std::to_string(c + 1) + std::string(i % 50, 'x'), "SetIniValue=Port"});
+            SetIniValue({"Port=" + std::to_string(c + 1) + std::string(static_cast<size_t>(i % 50), 'x'), "SetIniValue=Port"});
         _exit(0);
     }
     for (int alive = 2; alive > 0;) {

@@ -35,9 +35,14 @@ std::string Convert(KonvertierungsFunktion handler, const std::string &argument,
     return printed;
 }
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wold-style-cast"  // the C header's own cast
+const char *const kUnbounded = KX_CONVERT_UNBOUNDED;
+#pragma GCC diagnostic pop
+
 // A chain written as text applied to a heap copy of value, given up to it.
 std::string Chain(std::string text, const char *value) {
-    return HeapText(ConvertIt(text.data(), KX_CONVERT_UNBOUNDED, value ? strdup(value) : nullptr, 1, -1)).str();
+    return HeapText(ConvertIt(text.data(), kUnbounded, value ? strdup(value) : nullptr, 1, -1)).str();
 }
 
 // The results of one handler: argument, value and the text it must give.
@@ -350,13 +355,13 @@ TEST_F(Conversions, ChainsApplyTheConversionNearestTheNameFirst) {
 TEST_F(Conversions, ChainsOwnTheValueOnlyWhenAsked) {
     char value[] = "12";
     std::string none = "Name", chain = "_hex.X", plus = "_plus,1.X", count = "_count.X";
-    EXPECT_EQ(ConvertIt(none.data(), KX_CONVERT_UNBOUNDED, value, 1, -1), value) << "nothing to apply, nothing freed";
+    EXPECT_EQ(ConvertIt(none.data(), kUnbounded, value, 1, -1), value) << "nothing to apply, nothing freed";
     EXPECT_EQ(ConvertIt(chain.data(), chain.data(), value, 1, -1), value) << "empty range";
-    EXPECT_EQ(ConvertIt(nullptr, KX_CONVERT_UNBOUNDED, value, 0, -1), value);
-    EXPECT_EQ(HeapText(ConvertIt(plus.data(), KX_CONVERT_UNBOUNDED, value, 0, -1)).str(), "13");
+    EXPECT_EQ(ConvertIt(nullptr, kUnbounded, value, 0, -1), value);
+    EXPECT_EQ(HeapText(ConvertIt(plus.data(), kUnbounded, value, 0, -1)).str(), "13");
     EXPECT_STREQ(value, "12");
     char *owned = strdup("7");
-    EXPECT_EQ(ConvertIt(count.data(), KX_CONVERT_UNBOUNDED, owned, 1, -1), owned) << "a result equal to the value is not freed";
+    EXPECT_EQ(ConvertIt(count.data(), kUnbounded, owned, 1, -1), owned) << "a result equal to the value is not freed";
     std::free(owned);
 }
 

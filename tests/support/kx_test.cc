@@ -75,7 +75,7 @@ void StandardInputPipe::WriteAndClose(std::string_view data) {
 }
 
 void InputList::Add(const char *name, char kind, const char *defaultText) {
-    list_ = static_cast<EingabeElement *>(std::realloc(list_, sizeof(EingabeElement) * (count_ + 1)));
+    list_ = static_cast<EingabeElement *>(std::realloc(list_, sizeof(EingabeElement) * static_cast<size_t>(count_ + 1)));
     list_[count_] = EingabeElement{strdup(name), static_cast<uint32_t>(strlen(name)), nullptr, 0, 0,
                                    kind, defaultText ? strdup(defaultText) : nullptr};
     ++count_;
