@@ -1,12 +1,12 @@
-// WertzuweisungEingabe: request values into the input list, and the page actions.
+// WertzuweisungEingabe: request values into the input list, the page actions,
+// and ChangeFileContent and ErweitereBlock, which write definition files.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,92 +17,53 @@
 namespace {
 
 using kx::test::InputList;
-using kx::test::TempDir;
+using kx::test::ReadFile;
 using Texts = std::vector<std::string>;
 
-// The elements laid end to end, each with its NUL.
-std::string AssignmentText(const Texts &elements) {
+char *Assign(InputList &l, const Texts &elements, const char *divider = "~") {
     std::string text;
     for (const std::string &e : elements) text.append(e).push_back('\0');
-    return text;
-}
-
-char *Assign(InputList &l, const Texts &elements, const char *divider = "~") {
-    const std::string text = AssignmentText(elements);
     return WertzuweisungEingabe(static_cast<int>(elements.size()), text.data(), &l.count(), &l.list(), divider);
-}
-
-// The entry's values, walked by their NULs.
-Texts Values(const EingabeElement &e) {
-    Texts values;
-    const char *p = e.Wert;
-    for (int i = 0; p != nullptr && i < e.WertGesetzt; ++i, p += std::strlen(p) + 1) values.emplace_back(p);
-    return values;
-}
-
-Texts ValuesOf(InputList &l, const char *name) {
-    const int i = EingabewertIndex(name, l.list(), l.count());
-    return i < l.count() ? Values(l[i]) : Texts{"<no entry>"};
 }
 
 // The entries every assignment case starts from.
 void Declare(InputList &l) {
-    const struct { const char *name; char kind; } entries[] = {
-        {"Name", 'n'}, {"Save", 'n'}, {"Open", 'n'}, {"L", 'j'}, {"M", 'm'}, {"C", 'c'},
-        {"LInternalcount", 'n'}, {"a=b", 'n'}, {"PLSet", 'n'},
-    };
-    for (const auto &e : entries) l.Add(e.name, e.kind);
+    const std::pair<const char *, char> entries[] = {{"Name", 'n'}, {"Save", 'n'}, {"Open", 'n'}, {"L", 'j'}, {"M", 'm'},
+                                                     {"C", 'c'}, {"LInternalcount", 'n'}, {"a=b", 'n'}, {"PLSet", 'n'}};
+    for (const auto &[name, kind] : entries) l.Add(name, kind);
 }
 
 struct Case {
     Texts elements;
-    const char *entry;
-    Texts values;
-    const char *pressed;
+    const char *entry, *values, *pressed;
 };
 
 const Case kCases[] = {
-    {{"Name=a%20b"}, "Name", {"a b"}, nullptr},
-    {{"Name=a+b%2Fc"}, "Name", {"a b/c"}, nullptr},
-    {{"Save=Speichern"}, "Save", {"on"}, "Save"},
-    {{"SaveAll=x"}, "Save", {"on"}, "Save"},
-    {{"Save=1", "Open=2"}, "Open", {"on"}, "Open"},
-    {{"L=a~b~c"}, "L", {"a", "b", "c"}, nullptr},
-    {{"L=a%7E~b"}, "L", {"a~", "b"}, nullptr},
-    {{"L="}, "L", {""}, nullptr},
-    {{"L=a~b", "L2=d"}, "L", {"a", "b", "d"}, nullptr},
-    {{"Name=a", "Name3=x~y"}, "Name", {"a", "x~y"}, nullptr},
-    {{"M=x", "M=y"}, "M", {"x", "y"}, nullptr},
-    {{"C=x", "C=%41"}, "C", {"x", "A"}, nullptr},
-    {{"LInternalcount=3"}, "L", {}, nullptr},
-    {{"LInternalcount=3"}, "LInternalcount", {"3"}, nullptr},
-    {{"a^i^g^b=1"}, "a=b", {"1"}, nullptr},
-    {{"Name=x%00y"}, "Name", {"x"}, nullptr},
-    {{"Name=%ZZ%"}, "Name", {"%ZZ%"}, nullptr},
-    {{"Name=%FF%01%7F\xFE\t"}, "Name", {"\xFF\x01\x7F\xFE\t"}, nullptr},
-    {{"L=%00~~%7E%00x"}, "L", {"", "", "~"}, nullptr},
-    {{"Name"}, "Name", {""}, nullptr},
-    {{"Namex=1"}, "Name", {}, nullptr},
-    {{"Nobody=1", "Delete=1"}, "Name", {}, nullptr},
-    {{"Name=1", "Name=2"}, "Name", {"2"}, nullptr},
+    {{"Name=a%20b"}, "Name", "[a b]", nullptr}, {{"Name=a+b%2Fc"}, "Name", "[a b/c]", nullptr},
+    {{"Save=Speichern"}, "Save", "[on]", "Save"}, {{"SaveAll=x"}, "Save", "[on]", "Save"},
+    {{"Save=1", "Open=2"}, "Open", "[on]", "Open"}, {{"L=a~b~c"}, "L", "[a][b][c]", nullptr},
+    {{"L=a%7E~b"}, "L", "[a~][b]", nullptr}, {{"L="}, "L", "[]", nullptr}, {{"L=a~b", "L2=d"}, "L", "[a][b][d]", nullptr},
+    {{"Name=a", "Name3=x~y"}, "Name", "[a][x~y]", nullptr}, {{"M=x", "M=y"}, "M", "[x][y]", nullptr},
+    {{"C=x", "C=%41"}, "C", "[x][A]", nullptr}, {{"LInternalcount=3"}, "L", "", nullptr},
+    {{"LInternalcount=3"}, "LInternalcount", "[3]", nullptr}, {{"a^i^g^b=1"}, "a=b", "[1]", nullptr},
+    {{"Name=x%00y"}, "Name", "[x]", nullptr}, {{"Name=%ZZ%"}, "Name", "[%ZZ%]", nullptr},
+    {{"Name=%FF%01%7F\xFE\t"}, "Name", "[\xFF\x01\x7F\xFE\t]", nullptr}, {{"L=%00~~%7E%00x"}, "L", "[][][~]", nullptr},
+    {{"Name"}, "Name", "[]", nullptr}, {{"Namex=1"}, "Name", "", nullptr}, {{"Nobody=1", "Delete=1"}, "Name", "", nullptr},
+    {{"Name=1", "Name=2"}, "Name", "[2]", nullptr},
 };
 
 TEST(Assignment, RequestValuesIntoEntries) {
     for (const Case &c : kCases) {
+        SCOPED_TRACE(c.elements.front() + " -> " + c.entry);
         InputList l;
         Declare(l);
         const int count = l.count();
         const char *pressed = Assign(l, c.elements);
-        const std::string where = c.elements.front() + " -> " + c.entry;
-        EXPECT_EQ(ValuesOf(l, c.entry), c.values) << where;
-        EXPECT_EQ(l.count(), count) << where << ": no entry is added once PLSet exists";
-        if (c.pressed == nullptr) {
-            EXPECT_EQ(pressed, nullptr) << where;
-        } else {
-            ASSERT_NE(pressed, nullptr) << where;
-            EXPECT_STREQ(pressed, c.pressed) << where;
+        EXPECT_EQ(l.ValuesOf(c.entry), c.values);
+        EXPECT_EQ(l.count(), count) << "no entry is added once PLSet exists";
+        EXPECT_STREQ(pressed, c.pressed);
+        if (c.pressed != nullptr)
             EXPECT_EQ(pressed, l[EingabewertIndex(c.pressed, l.list(), l.count())].Name) << "the entry's own Name";
-        }
     }
 }
 
@@ -112,59 +73,36 @@ TEST(Assignment, WholeRequest) {
     const char *pressed = Assign(l, {"Name=J%C3%BCrgen+M", "L=a~b", "Nobody=z", "L1=c~d", "M=x", "Save=Speichern",
                                      "M=y", "a^i^g^b=%3D", "C", "LInternalcount=2~2"});
     EXPECT_STREQ(pressed, "Save");
-    const struct { const char *name; Texts values; } expected[] = {
-        {"Name", {"J\xC3\xBCrgen M"}}, {"Save", {"on"}}, {"Open", {}}, {"L", {"a", "b", "c", "d"}},
-        {"M", {"x", "y"}}, {"C", {""}}, {"LInternalcount", {"2~2"}}, {"a=b", {"="}}, {"PLSet", {}},
-    };
-    ASSERT_EQ(l.count(), static_cast<int>(std::size(expected)));
-    for (int i = 0; i < l.count(); ++i) {
-        EXPECT_STREQ(l[i].Name, expected[i].name);
-        EXPECT_EQ(Values(l[i]), expected[i].values) << expected[i].name;
-        EXPECT_EQ(l[i].WertGesetzt, static_cast<int>(expected[i].values.size())) << expected[i].name;
-        EXPECT_EQ(l[i].WertPosition, 0) << expected[i].name;
-    }
+    EXPECT_EQ(kx::test::Describe(l.list(), l.count()),
+              "Name|n|<null>=[J\xC3\xBCrgen M]\nSave|n|<null>=[on]\nOpen|n|<null>\nL|j|<null>=[a][b][c][d]\n"
+              "M|m|<null>=[x][y]\nC|c|<null>=[]\nLInternalcount|n|<null>=[2~2]\na=b|n|<null>=[=]\nPLSet|n|<null>\n");
 }
 
-TEST(Assignment, DividerDefaultsToBlank) {
+TEST(Assignment, DividerPositionStreamAndNamelessEntries) {
     for (const char *divider : {static_cast<const char *>(nullptr), ""}) {
         InputList l;
         Declare(l);
         Assign(l, {"L=a+b c"}, divider);
-        EXPECT_EQ(ValuesOf(l, "L"), (Texts{"a b", "c"}));
+        EXPECT_EQ(l.ValuesOf("L"), "[a b][c]") << "the divider defaults to a blank";
     }
-}
-
-TEST(Assignment, PositionStaysOnAValue) {
-    InputList l;
-    Declare(l);
-    Assign(l, {"L=aaaa~b~c"});
-    l[3].WertPosition = 5;  // on "b"
-    Assign(l, {"L=x~y"});
-    EXPECT_EQ(l[3].WertPosition, 0) << "offset 5 is no value of x~y";
-    l[3].WertPosition = 2;  // on "y"
-    Assign(l, {"L3=z"});
-    EXPECT_STREQ(l[3].Wert + l[3].WertPosition, "y") << "appending keeps the current value";
-}
-
-TEST(Assignment, OutputStreamDefaultsToStandardOutput) {
-    FILE *saved = _Utilsfpout;
-    _Utilsfpout = nullptr;
-    InputList l;
-    Declare(l);
-    Assign(l, {});
-    EXPECT_EQ(_Utilsfpout, stdout);
-    _Utilsfpout = saved;
-}
-
-TEST(Assignment, EntriesWithoutNameTakeNothing) {
     InputList l;
     l.Add("");
     Declare(l);
-    EXPECT_EQ(Assign(l, {"Save=1", "3=x"}), l[2].Name);
-    EXPECT_EQ(l[0].Wert, nullptr);
+    FILE *saved = _Utilsfpout;
+    _Utilsfpout = nullptr;
+    EXPECT_EQ(Assign(l, {"L=aaaa~b~c", "Save=1", "3=x"}), l[2].Name);
+    EXPECT_EQ(_Utilsfpout, stdout) << "the output stream defaults to standard output";
+    _Utilsfpout = saved;
+    EXPECT_EQ(l[0].Wert, nullptr) << "an entry without a name takes nothing";
+    l[4].WertPosition = 5;  // on "b"
+    Assign(l, {"L=x~y"});
+    EXPECT_EQ(l[4].WertPosition, 0) << "offset 5 is no value of x~y";
+    l[4].WertPosition = 2;  // on "y"
+    Assign(l, {"L3=z"});
+    EXPECT_STREQ(l[4].Wert + l[4].WertPosition, "y") << "appending keeps the current value";
 }
 
-// --- page actions, carried out while the list has no "PLSet" entry ---------
+// --- page actions, carried out while the list has no "PLSet" entry
 
 TEST(AssignmentActions, PLSetIsDeclaredOnceAndStopsTheActions) {
     InputList l;
@@ -175,16 +113,12 @@ TEST(AssignmentActions, PLSetIsDeclaredOnceAndStopsTheActions) {
     EXPECT_STREQ(l[index].Vorgabe, "yes");
     ASSERT_NE(KXGetMibPath(), nullptr);
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs");
-
     Assign(l, {"MibPath=/other"});
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs") << "the second call only assigns";
-}
-
-TEST(AssignmentActions, MibPathPrefersTheValue) {
-    InputList l;
-    l.Add("MibPath", 'n', "/default/mibs");
-    Assign(l, {"MibPath=%2Fsent%2Fmibs"});
-    EXPECT_STREQ(KXGetMibPath(), "/sent/mibs");
+    InputList sent;
+    sent.Add("MibPath", 'n', "/default/mibs");
+    Assign(sent, {"MibPath=%2Fsent%2Fmibs"});
+    EXPECT_STREQ(KXGetMibPath(), "/sent/mibs") << "the value wins over the default";
 }
 
 TEST(AssignmentActions, ParameterListDeclaresItsPairs) {
@@ -192,27 +126,16 @@ TEST(AssignmentActions, ParameterListDeclaresItsPairs) {
     l.Add("ParameterList");
     l.Add("x", 'm');
     Assign(l, {"ParameterList=x--1,,y--a|b,,nopair,,n%20m--v%2Cw,,bad~name--1,,--empty"});
-    EXPECT_EQ(ValuesOf(l, "x"), Texts{"1"});
-    EXPECT_EQ(l[EingabewertIndex("x", l.list(), l.count())].Art, 'n') << "redeclared by the pair";
-    EXPECT_EQ(ValuesOf(l, "y"), (Texts{"a", "b"}));
-    EXPECT_EQ(l[EingabewertIndex("y", l.list(), l.count())].Art, 'j');
-    EXPECT_EQ(ValuesOf(l, "n m"), Texts{"v,w"});
-    EXPECT_EQ(EingabewertIndex("bad~name", l.list(), l.count()), l.count()) << "a name with the separator";
-    EXPECT_EQ(EingabewertIndex("bad", l.list(), l.count()), l.count());
-    EXPECT_EQ(EingabewertIndex("", l.list(), l.count()), l.count());
-    EXPECT_EQ(ValuesOf(l, "ParameterList"),
-              Texts{"x--1,,y--a%7Cb,,nopair,,n+m--v,w,,bad%7Ename--1,,--empty"});
+    // x is redeclared by its pair; a name with the separator, or none, declares nothing
+    EXPECT_EQ(kx::test::Describe(l.list(), l.count()),
+              "ParameterList|n|<null>=[x--1,,y--a%7Cb,,nopair,,n+m--v,w,,bad%7Ename--1,,--empty]\nx|n|1=[1]\n"
+              "PLSet|n|yes\ny|j|a|b=[a][b]\nn m|n|v,w=[v,w]\n");
 }
 
 // Runs the test body inside a directory of its own, and puts everything back.
 class DefinitionFiles : public ::testing::Test {
 protected:
-    void SetUp() override {
-        saved_ = std::filesystem::current_path();
-        std::filesystem::current_path(dir_.path());
-    }
     void TearDown() override {
-        std::filesystem::current_path(saved_);
         for (char *&name : _IniFilename) {
             std::free(name);
             name = nullptr;
@@ -222,25 +145,23 @@ protected:
         _IniFilename[file] = strdup(name);
         _IniFilenameDivideSign[file] = sign;
     }
-    static std::string Read(const char *name) {
-        std::ifstream in(name, std::ios::binary);
-        std::stringstream s;
-        s << in.rdbuf();
-        return s.str();
+    // Assigns the request to a list of Port (with its default) and SetIniValue.
+    static void SetIniValue(const Texts &request, const char *portDefault = nullptr) {
+        InputList l;
+        l.Add("Port", 'n', portDefault);
+        l.Add("SetIniValue");
+        Assign(l, request);
     }
 
-    TempDir dir_;
-    std::filesystem::path saved_;
+    kx::test::TempDir dir_;
+    kx::test::CurrentDirectory inside_{dir_.path()};
 };
 
 TEST_F(DefinitionFiles, SetIniValueWritesTheDefault) {
     dir_.Write("app.ini", "|\nMyPort|n|1\nPort|n|80\nTail|n|end\n");
     Record(0, "app.ini", '|');
-    InputList l;
-    l.Add("Port", 'n', "80");
-    l.Add("SetIniValue");
-    Assign(l, {"Port=8080%0AEvil|n|x", "SetIniValue=Port"});
-    EXPECT_EQ(Read("app.ini"), "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n")
+    SetIniValue({"Port=8080%0AEvil|n|x", "SetIniValue=Port"}, "80");
+    EXPECT_EQ(ReadFile("app.ini"), "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n")
         << "the key starts a line, and the value ends at its line break";
 }
 
@@ -249,12 +170,9 @@ TEST_F(DefinitionFiles, SetIniValueFallsBackToTheSecondFile) {
     dir_.Write("b.ini", "~\nPort~n~80\n");
     Record(0, "a.ini", '|');
     Record(1, "b.ini", '~');
-    InputList l;
-    l.Add("Port", 'n', "80");
-    l.Add("SetIniValue");
-    Assign(l, {"Port=9", "SetIniValue=Port"});
-    EXPECT_EQ(Read("a.ini"), "|\nOther|n|1\n");
-    EXPECT_EQ(Read("b.ini"), "~\nPort~n~9\n");
+    SetIniValue({"Port=9", "SetIniValue=Port"}, "80");
+    EXPECT_EQ(ReadFile("a.ini"), "|\nOther|n|1\n");
+    EXPECT_EQ(ReadFile("b.ini"), "~\nPort~n~9\n");
 }
 
 TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
@@ -262,19 +180,12 @@ TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
     dir_.Write("app.ini", content);
     Record(0, std::string(500, 'x').c_str(), '|');  // too long a name is skipped
     Record(1, "app.ini", '|');
-    const Texts requests[] = {{"SetIniValue=Nobody"}, {"SetIniValue="}, {"Port=", "SetIniValue=Port"}};
-    for (const Texts &request : requests) {
-        InputList l;
-        l.Add("Port", 'n');
-        l.Add("SetIniValue");
-        Assign(l, request);
-        EXPECT_EQ(Read("app.ini"), content) << request.back();
+    for (const Texts &request : {Texts{"SetIniValue=Nobody"}, Texts{"SetIniValue="}, Texts{"Port=", "SetIniValue=Port"}}) {
+        SetIniValue(request);
+        EXPECT_EQ(ReadFile("app.ini"), content) << request.back();
     }
-    InputList l;
-    l.Add("Port", 'n');
-    l.Add("SetIniValue");
-    Assign(l, {"Port=5", "SetIniValue=Port"});
-    EXPECT_EQ(Read("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
+    SetIniValue({"Port=5", "SetIniValue=Port"});
+    EXPECT_EQ(ReadFile("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
 }
 
 // Two processes set the same definition value again and again; every
@@ -289,17 +200,12 @@ TEST_F(DefinitionFiles, ConcurrentWritersLeaveAWholeFile) {
         children[c] = fork();
         ASSERT_GE(children[c], 0);
         if (children[c] != 0) continue;
-        for (int i = 0; i < kWrites; ++i) {
-            InputList l;
-            l.Add("Port", 'n');
-            l.Add("SetIniValue");
-            Assign(l, {"Port=" + std::to_string(c + 1) + std::string(i % 50, 'x'), "SetIniValue=Port"});
-        }
+        for (int i = 0; i < kWrites; ++i)
+            SetIniValue({"Port=" + std::to_string(c + 1) + std::string(static_cast<size_t>(i % 50), 'x'), "SetIniValue=Port"});
         _exit(0);
     }
-    int reads = 0;
-    for (int alive = 2; alive > 0; ++reads) {
-        const std::string content = Read("app.ini");
+    for (int alive = 2; alive > 0;) {
+        const std::string content = ReadFile("app.ini");
         ASSERT_TRUE(content.starts_with(head) && content.ends_with(tail)) << content;
         const std::string value = content.substr(head.size(), content.size() - head.size() - tail.size());
         ASSERT_TRUE(value == "0" || ((value[0] == '1' || value[0] == '2') && value.find_first_not_of('x', 1) == std::string::npos))
@@ -308,10 +214,83 @@ TEST_F(DefinitionFiles, ConcurrentWritersLeaveAWholeFile) {
         for (pid_t child : children) alive += waitpid(child, nullptr, WNOHANG) == 0 ? 1 : 0;
     }
     for (pid_t child : children) waitpid(child, nullptr, 0);
-    const std::string final = Read("app.ini");
+    const std::string final = ReadFile("app.ini");
     EXPECT_TRUE(final.starts_with(head + "1") || final.starts_with(head + "2")) << final;
     for (const auto &entry : std::filesystem::directory_iterator(dir_.path()))
         EXPECT_EQ(entry.path().filename(), "app.ini") << "no temporary file is left";
+}
+
+// --- changing a file in place
+
+struct FileCase {
+    std::string before;
+    const char *key, *text, *stopSet;
+    int stopSetLength;
+    int result;
+    std::string after;  // empty: the file is unchanged
+};
+
+const FileCase kFileCases[] = {
+    {"k;n;old\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\nrest"},
+    {"k;n;old\r\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\r\nrest"},
+    {"k;n;old\nrest", "k;n;", nullptr, "\n\r", 2, 0, "k;n;\nrest"},
+    {"k;n;a\nk;n;b\n", "k;n;", "X", "\n\r", 2, 0, "k;n;X\nk;n;b\n"},
+    {"k;n;\n", "k;n;", "longer value", "\n\r", 2, 0, "k;n;longer value\n"},
+    {"k;n;old", "k;n;", "new", "\n\r", 2, -1, ""},
+    {"k;n;old", "k;n;", "new", "\n\r", 3, 0, "k;n;new"},  // the NUL is in the set
+    {"k;n;old", "k;n;", "new", "\n\r", 99, 0, "k;n;new"},  // a set never reaches past its NUL
+    {"x;n;old\n", "k;n;", "new", "\n\r", 2, -1, ""},
+    {"k;n;old\n", "", "new", "\n\r", 2, -1, ""},
+    {"k;n;old\n", "k;n;", "new", nullptr, 2, -1, ""},
+    {std::string("k;n;old\nA\0B", 11), "k;n;", "v", "\n", 1, 0, std::string("k;n;v\nA\0B", 9)},
+};
+
+TEST(FileContent, ChangeFileContent) {
+    for (const FileCase &c : kFileCases) {
+        kx::test::TempDir dir;
+        const std::string path = dir.Write("f.ini", c.before);
+        EXPECT_EQ(ChangeFileContent(path.c_str(), c.key, c.text, c.stopSet, c.stopSetLength), c.result) << c.before;
+        EXPECT_EQ(kx::test::ReadFile(path), c.after.empty() ? c.before : c.after) << c.before;
+    }
+}
+
+TEST(FileContent, MissingFileAndArguments) {
+    kx::test::TempDir dir;
+    const std::string path = dir.path() + "/none.ini";
+    EXPECT_EQ(ChangeFileContent(path.c_str(), "k", "v", "\n", 1), -1);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(ChangeFileContent(nullptr, "k", "v", "\n", 1), -1);
+    const std::string file = dir.Write("f.ini", "k=1\n");
+    EXPECT_EQ(ChangeFileContent(file.c_str(), nullptr, "v", "\n", 1), -1);
+}
+
+TEST(FileContent, ReplacementKeepsModeAndLeavesNoTemporaryFile) {
+    kx::test::TempDir dir;
+    const std::string path = dir.Write("f.ini", "k=1\n");
+    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    ASSERT_EQ(ChangeFileContent(path.c_str(), "k=", "2", "\n", 1), 0);
+    struct stat info;
+    ASSERT_EQ(stat(path.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0640u);
+    int files = 0;
+    for (const auto &entry : std::filesystem::directory_iterator(dir.path())) files += entry.is_regular_file();
+    EXPECT_EQ(files, 1);
+}
+
+TEST(FileContent, ErweitereBlock) {
+    struct Block { const char *front; int frontLength; const char *back; int backLength; const char *middle;
+                   int middleLength; std::string expected; };
+    const Block cases[] = {
+        {"ab", 2, "cd", 2, "XY", 2, "abXYcd"}, {"ab", 2, "cd", 2, "XY", 0, "abcd"},
+        {"ab", -1, "cd", 2, "XY", 2, "XYcd"},  {"a\0b", 3, nullptr, 5, nullptr, -1, std::string("a\0b", 3)},
+        {nullptr, 0, nullptr, 0, nullptr, 0, ""},
+    };
+    for (const Block &c : cases) {
+        char *block = ErweitereBlock(c.front, c.frontLength, c.back, c.backLength, c.middle, c.middleLength);
+        ASSERT_NE(block, nullptr) << c.expected;
+        EXPECT_EQ(std::string(block, c.expected.size()), c.expected);
+        std::free(block);
+    }
 }
 
 }  // namespace

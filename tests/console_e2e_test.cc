@@ -1,8 +1,10 @@
-// The sample console behind a real lighttpd: pages, forms and bad requests.
+// The sample console behind a real lighttpd (pages, forms and bad requests),
+// and kxpage, which renders templates from the command line.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
-#include <fstream>
-#include <sstream>
+#include <cstdio>
+
 #include <string>
 
 #include "support/web_server.h"
@@ -42,10 +44,7 @@ TEST_F(Console, OverviewPageIsTheGoldenPage) {
     const HttpReply reply = server_->Get("/console.cgi?Application=console");
     ASSERT_EQ(reply.status, 200) << reply.body;
     EXPECT_NE(reply.headers.find("Content-Type: text/html"), std::string::npos);
-    std::ifstream golden(std::string(KX_SOURCE_DIR) + "/tests/golden/console_overview.html", std::ios::binary);
-    std::stringstream expected;
-    expected << golden.rdbuf();
-    EXPECT_EQ(reply.body, expected.str());
+    EXPECT_EQ(reply.body, kx::test::ReadFile(std::string(KX_SOURCE_DIR) + "/tests/golden/console_overview.html"));
 }
 
 TEST_F(Console, RequestValuesReachThePage) {
@@ -61,10 +60,8 @@ TEST_F(Console, PostedSettingPersistsInTheDefinition) {
     EXPECT_TRUE(Contains(saved, "content=\"15\""));
     const HttpReply next = server_->Get("/console.cgi?Application=console");
     EXPECT_TRUE(Contains(next, "content=\"15\"")) << "the next page reads the saved value";
-    std::ifstream definition(server_->www() + "/console.ini");
-    std::stringstream text;
-    text << definition.rdbuf();
-    EXPECT_NE(text.str().find("\nRefreshSeconds|n|15\n"), std::string::npos) << text.str();
+    const std::string definition = kx::test::ReadFile(server_->www() + "/console.ini");
+    EXPECT_NE(definition.find("\nRefreshSeconds|n|15\n"), std::string::npos) << definition;
     server_->Post("/console.cgi", "Application=console&SetIniValue=RefreshSeconds&RefreshSeconds=60");
 }
 
@@ -100,6 +97,51 @@ TEST_F(Console, HugeRequestsEndInAPage) {
     EXPECT_EQ(big.status, 200);
     EXPECT_TRUE(Contains(big, "</html>"));
     EXPECT_EQ(server_->Get("/console.cgi?Application=console").status, 200) << "still serving";
+}
+
+// --- kxpage
+
+struct Outcome {
+    int status;
+    std::string out;  // standard output and standard error together
+};
+
+Outcome RunPageTool(const std::string &arguments) {
+    const std::string command = std::string(KX_PAGE_TOOL) + " " + arguments + " 2>&1";
+    FILE *pipe = popen(command.c_str(), "r");
+    Outcome outcome{-1, {}};
+    char buffer[4096];
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) outcome.out.append(buffer, n);
+    const int status = pclose(pipe);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return outcome;
+}
+
+TEST(KxPage, RendersWithADefinitionFileAndAQuery) {
+    kx::test::TempDir dir;
+    const std::string definition = dir.Write("app.ini", "|\nWho|n|nobody\nMode|n|\n");
+    const std::string page = dir.Write("page.htm", "<p>{Who}/{{Mode}}</p>\n<!{IF Mode==a b}>\nyes\n<!{/IF}>\n");
+    const Outcome outcome = RunPageTool("--app " + definition + " --query 'Who=ann&Mode=a+b' " + page);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "<p>ann/a+b</p>\nyes\n");
+}
+
+TEST(KxPage, ReportsWhatIsMissing) {
+    kx::test::TempDir dir;
+    const std::string page = dir.Write("page.htm", "x\n");
+    struct Case { std::string arguments; int status; std::string message; };
+    const Case cases[] = {
+        {"", 2, "usage: kxpage"},
+        {"--app", 2, "usage: kxpage"},
+        {dir.path() + "/none.htm", 1, "kxpage: cannot open template " + dir.path() + "/none.htm\n"},
+        {"--app nothere " + page, 1, "kxpage: no application definition for nothere\n"},
+        {"--app " + dir.path() + "/none.ini " + page, 1, "kxpage: no application definition for"},
+    };
+    for (const Case &c : cases) {
+        const Outcome outcome = RunPageTool(c.arguments);
+        EXPECT_EQ(outcome.status, c.status) << c.arguments;
+        EXPECT_EQ(outcome.out.rfind(c.message, 0), 0u) << c.arguments << ": " << outcome.out;
+    }
 }
 
 }  // namespace

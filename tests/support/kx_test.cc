@@ -2,11 +2,26 @@
 
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace kx::test {
+
+std::string Terminated(std::initializer_list<std::string_view> texts) {
+    std::string block;
+    for (std::string_view text : texts) block.append(text).push_back('\0');
+    return block;
+}
+
+std::string ReadFile(const std::string &path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
 
 TempDir::TempDir() {
     std::string pattern = (std::filesystem::temp_directory_path() / "kxtest.XXXXXX").string();
@@ -26,11 +41,78 @@ std::string TempDir::Write(const std::string &relative, const std::string &conte
     return file.string();
 }
 
+CurrentDirectory::CurrentDirectory(const std::filesystem::path &directory)
+    : previous_(std::filesystem::current_path()) {
+    std::filesystem::current_path(directory);
+}
+
+CurrentDirectory::~CurrentDirectory() { std::filesystem::current_path(previous_); }
+
+StandardInputPipe::StandardInputPipe() : saved_(dup(0)) {
+    int ends[2];
+    if (pipe(ends) != 0) std::abort();
+    dup2(ends[0], 0);
+    close(ends[0]);
+    writer_ = ends[1];
+    clearerr(stdin);
+}
+
+StandardInputPipe::~StandardInputPipe() {
+    if (writer_ >= 0) close(writer_);
+    dup2(saved_, 0);
+    close(saved_);
+    clearerr(stdin);
+}
+
+void StandardInputPipe::WriteAndClose(std::string_view data) {
+    while (!data.empty()) {
+        const ssize_t written = write(writer_, data.data(), data.size());
+        if (written <= 0) std::abort();
+        data.remove_prefix(static_cast<size_t>(written));
+    }
+    close(writer_);
+    writer_ = -1;
+}
+
 void InputList::Add(const char *name, char kind, const char *defaultText) {
-    list_ = static_cast<EingabeElement *>(std::realloc(list_, sizeof(EingabeElement) * (count_ + 1)));
+    list_ = static_cast<EingabeElement *>(std::realloc(list_, sizeof(EingabeElement) * static_cast<size_t>(count_ + 1)));
     list_[count_] = EingabeElement{strdup(name), static_cast<uint32_t>(strlen(name)), nullptr, 0, 0,
                                    kind, defaultText ? strdup(defaultText) : nullptr};
     ++count_;
+}
+
+std::string Describe(const EingabeElement *list, int count) {
+    std::string out;
+    for (int i = 0; i < count; ++i) {
+        const EingabeElement &e = list[i];
+        out.append(e.Name ? e.Name : "<null>").append("|").push_back(e.Art);
+        out.append("|").append(e.Vorgabe ? e.Vorgabe : "<null>");
+        if (e.Name && e.NameLaenge != strlen(e.Name)) out.append("!" + std::to_string(e.NameLaenge));
+        const char *value = e.Wert;
+        for (int v = 0; value != nullptr && v < e.WertGesetzt; ++v, value += strlen(value) + 1)
+            out.append(v == 0 ? "=[" : "[").append(value).append("]");
+        if (e.WertPosition != 0) out.append("@" + std::to_string(e.WertPosition));
+        out.push_back('\n');
+    }
+    return out;
+}
+
+std::string InputList::ValuesOf(const char *name) const {
+    const int i = EingabewertIndex(name, list_, count_);
+    if (i >= count_) return "<no entry>";
+    const std::string line = Describe(list_ + i, 1);
+    const size_t start = line.find("=[");
+    return start == std::string::npos ? "" : line.substr(start + 1, line.rfind(']') - start);
+}
+
+void InputList::SetValues(int i, std::initializer_list<std::string_view> values) {
+    const std::string block = Terminated(values);
+    std::free(list_[i].Wert);
+    list_[i].Wert = static_cast<char *>(std::malloc(block.size() + 1));
+    std::memcpy(list_[i].Wert, block.data(), block.size());
+    list_[i].Wert[block.size()] = '\0';
+    list_[i].WertGesetzt = static_cast<int32_t>(values.size());
+    list_[i].WertPosition = 0;
 }
 
 void InputList::Clear() {

@@ -6,12 +6,28 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "kx_input.h"
 
 namespace kx::test {
+
+// The texts laid end to end, each followed by its NUL (request texts, value
+// lists, in-memory definitions).
+std::string Terminated(std::initializer_list<std::string_view> texts);
+
+// The whole content of a file; empty when it cannot be read.
+std::string ReadFile(const std::string &path);
+
+// The entries of a list, one per line: name, kind and default (or <null>)
+// separated by "|", then "=" and each value in brackets when there are
+// values, and "@" and the position when it is not 0. A name length that
+// disagrees with the name is shown as "!length".
+std::string Describe(const EingabeElement *list, int count);
 
 // A heap text returned by the library, freed when it goes out of scope.
 class HeapText {
@@ -42,6 +58,33 @@ private:
     std::string path_;
 };
 
+// Makes directory the current one; the old one comes back at the end.
+class CurrentDirectory {
+public:
+    explicit CurrentDirectory(const std::filesystem::path &directory);
+    ~CurrentDirectory();
+    CurrentDirectory(const CurrentDirectory &) = delete;
+    CurrentDirectory &operator=(const CurrentDirectory &) = delete;
+
+private:
+    std::filesystem::path previous_;
+};
+
+// A pipe on file descriptor 0; the old standard input comes back at the end.
+class StandardInputPipe {
+public:
+    StandardInputPipe();
+    ~StandardInputPipe();
+    StandardInputPipe(const StandardInputPipe &) = delete;
+    StandardInputPipe &operator=(const StandardInputPipe &) = delete;
+    // Writes data (at most what the pipe holds) and closes the writing end.
+    void WriteAndClose(std::string_view data);
+
+private:
+    int saved_;
+    int writer_ = -1;
+};
+
 // An input list built by a test, with every text freed at the end. The
 // process-wide handles are cleared when they point at it.
 class InputList {
@@ -55,6 +98,11 @@ public:
     EingabeElement &operator[](int i) { return list_[i]; }
     // Adds an entry as a definition line would declare it (no value yet).
     void Add(const char *name, char kind = 'n', const char *defaultText = nullptr);
+    // The values of the entry name, each in brackets; "<no entry>" without one.
+    std::string ValuesOf(const char *name) const;
+    // Gives entry i the values, laid end to end as a list entry holds them,
+    // the first one current.
+    void SetValues(int i, std::initializer_list<std::string_view> values);
     void Clear();
 
 private:

@@ -34,28 +34,9 @@ void PageEngine::Set(const char *name, const char *value, char kind) {
     SetEingabeWert(list_.count(), list_.list(), name, value);
 }
 
-void PageEngine::SetList(const char *name, std::initializer_list<const char *> values, char kind) {
+void PageEngine::SetList(const char *name, std::initializer_list<std::string_view> values, char kind) {
     Declare(name, nullptr, kind);
-    std::string block;
-    for (const char *value : values) block.append(value).push_back('\0');
-    EingabeElement *entry = Entry(name);
-    std::free(entry->Wert);
-    entry->Wert = static_cast<char *>(std::malloc(block.size() + 1));
-    std::memcpy(entry->Wert, block.data(), block.size());
-    entry->Wert[block.size()] = '\0';
-    entry->WertGesetzt = static_cast<int32_t>(values.size());
-    entry->WertPosition = 0;
-}
-
-std::string PageEngine::Values(const char *name) {
-    const EingabeElement *entry = Entry(name);
-    if (entry == nullptr) return "<absent>";
-    if (entry->Wert == nullptr) return "<none>";
-    std::string joined;
-    const char *value = entry->Wert;
-    for (int i = 0; i < entry->WertGesetzt; ++i, value += std::strlen(value) + 1)
-        joined.append(i > 0 ? "~" : "").append(value);
-    return joined;
+    list_.SetValues(static_cast<int>(Entry(name) - list_.list()), values);
 }
 
 std::string PageEngine::PageAt(const std::string &path) {

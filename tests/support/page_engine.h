@@ -7,6 +7,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "kx_template.h"
 #include "support/kx_test.h"
@@ -21,12 +22,12 @@ protected:
     // Declares name when missing and gives it one value.
     void Set(const char *name, const char *value, char kind = 'n');
     // Gives name the values, laid end to end.
-    void SetList(const char *name, std::initializer_list<const char *> values, char kind = 'j');
+    void SetList(const char *name, std::initializer_list<std::string_view> values, char kind = 'j');
     // Declares name without a value.
     void Declare(const char *name, const char *defaultText = nullptr, char kind = 'n');
     EingabeElement *Entry(const char *name);
-    // The values of name, joined with "~".
-    std::string Values(const char *name);
+    // The values of name, each in brackets.
+    std::string Values(const char *name) const { return list_.ValuesOf(name); }
 
     // The page written for a template with this content (file mode).
     std::string Page(const std::string &content, const std::string &relative = "page.htm");
