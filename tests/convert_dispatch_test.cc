@@ -1,6 +1,7 @@
 // The conversion table and the chain dispatcher.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <string>
@@ -23,10 +24,10 @@ const std::vector<std::string> kStoredOrder = {
     "_listdir", "_fcreate", "_frename,", "_fexists,", "_fexists", "_fcopy,", "_time",
     "_dividelist,", "_ping", "_hostname", "_ipaddress", "_iniread,", "_fwrite,"};
 
-// Conversions of files, programs and the network that this library does not
-// carry yet: their rows hand the value on. When one of them lands, its row
-// stops passing the value through and this list must shrink.
-const std::vector<std::string> kPending = {
+// Conversions of files, programs and the network act on the world, so two
+// calls need not agree (and a host must stay on loopback): only their names
+// are matched here; their own tests cover their results.
+const std::vector<std::string> kActing = {
     "_call,", "_callp,", "_fremove", "_mktemp", "_createdir", "_listdir", "_fcreate",
     "_frename,", "_fexists,", "_fexists", "_fcopy,", "_ping", "_hostname", "_ipaddress",
     "_iniread,", "_fwrite,"};
@@ -89,6 +90,7 @@ TEST(ConvertTable, EveryRowMatchesItsNameInAnyCase) {
             EXPECT_STREQ(named, "Name") << text;
             EXPECT_EQ(start, text.data() + 3) << text;
             if (name == "_time") continue;  // the clock may move between the two calls
+            if (std::find(kActing.begin(), kActing.end(), name) != kActing.end()) continue;
             std::string direct = argument;
             char value[] = "0B02031A0809";
             char *result = ConvertTable[i].handler(direct.data(), value, -1);
@@ -96,17 +98,6 @@ TEST(ConvertTable, EveryRowMatchesItsNameInAnyCase) {
             if (result != value) std::free(result);
             EXPECT_EQ(Chain(text.substr(3), value), expected) << text;
         }
-    }
-}
-
-TEST(ConvertTable, PendingRowsPassTheValueOn) {
-    for (const std::string &name : kPending) {
-        int row = 0;
-        while (row < ConvertTableCount && name != ConvertTable[row].name) ++row;
-        ASSERT_LT(row, ConvertTableCount) << name;
-        char argument[] = "x";
-        char value[] = "v";
-        EXPECT_EQ(ConvertTable[row].handler(argument, value, -1), value) << name << " has landed";
     }
 }
 
