@@ -68,8 +68,9 @@ std::optional<std::string> Confined(std::string_view path) {
     if (tail->empty()) return path.front() != '/' || *root == "/" ? root : std::nullopt;
     const std::size_t slash = full.rfind('/');
     const std::optional<std::string> folder = RealPath(slash == 0 ? "/" : full.substr(0, slash));
-    if (!folder || !Inside(*folder, *root)) return std::nullopt;
+    if (!folder) return std::nullopt;
     std::string candidate = (*folder == "/" ? "" : *folder) + full.substr(slash);
+    if (!Inside(candidate, *root)) return std::nullopt;
     struct stat info;
     if (lstat(candidate.c_str(), &info) == 0 && S_ISLNK(info.st_mode)) {
         const std::optional<std::string> target = RealPath(candidate);
