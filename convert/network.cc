@@ -98,7 +98,8 @@ NameOptions NameOptionsOf(const char *argument, int cycleIndex) {
     options.separator = parts.head;
     if (parts.has_rest) {
         options.flags.emplace();
-        for (std::string_view flag : Split(Decode(parts.rest), '|')) options.flags->emplace_back(flag);
+        const std::string flags = Decode(parts.rest);
+        for (std::string_view flag : Split(flags, '|')) options.flags->emplace_back(flag);
     }
     return options;
 }
