@@ -13,6 +13,7 @@
 #include "companion/libKXUtils.h"
 #include "convert_support.h"
 #include "support/kx_test.h"
+#include "support/web_server.h"
 
 using kx::test::Convert;
 using kx::test::TempDir;
@@ -127,6 +128,19 @@ TEST(Network, ThousandsOfHosts) {
     EXPECT_EQ(Convert(ConvertToHostname, "", empty.c_str()), unknown);
     EXPECT_EQ(PingRepeat, 0);
     EXPECT_EQ(HostnameRepeat, 0);
+}
+
+// The sample console's tools page behind lighttpd: one conversion of each
+// family, run by the CGI program in its own folder.
+TEST(ConsoleTools, PageListsCallsAndPings) {
+    const kx::test::ConsoleServer server(KX_CONSOLE_CGI);
+    ASSERT_TRUE(server.running());
+    const kx::test::HttpReply reply = server.Get("/console.cgi?Application=console&Page=tools.htm");
+    ASSERT_EQ(reply.status, 200) << reply.body;
+    for (const char *shown : {"<span id=\"pages\">ini main.htm tools.htm</span>",
+                              "<span id=\"scan\">no peers found for console (asked by tools)</span>",
+                              "<span id=\"ping\">1</span>"})
+        EXPECT_NE(reply.body.find(shown), std::string::npos) << shown << "\n" << reply.body;
 }
 
 }  // namespace
