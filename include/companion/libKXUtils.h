@@ -102,7 +102,7 @@ KX_API char *KXUtilsTempFileName(const char *directory);
 
 /* Runs argv[0] (searched in PATH when it holds no "/") with the first argc
  * texts of argv as its argument vector, never through a shell, and waits
- * for it. mode must be "synchron". seconds limits the run (0: 30 seconds);
+ * for it. Its standard input is /dev/null; it shares standard output. mode must be "synchron". seconds limits the run (0: 30 seconds);
  * a program still running then is killed with everything it started. The
  * child is always reaped. Returns its exit status; -1 when it cannot be
  * started, dies of a signal or is killed at the limit, or for another mode. */

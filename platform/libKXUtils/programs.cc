@@ -1,5 +1,6 @@
 // Starting another program: always with an argument vector and never
 // through a shell, so no text handed to it can become a second command.
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -30,14 +31,23 @@ double Now() {
 }
 
 // Starts argv[0] with argv in a process group of its own, so that a child
-// that runs too long can be stopped together with what it started.
+// that runs too long can be stopped together with what it started. Its
+// standard input is /dev/null: the request still waiting on ours is not its
+// to read. Standard output is shared, so what it prints joins the page.
 pid_t Spawn(char *const argv[]) {
     posix_spawnattr_t attributes;
+    posix_spawn_file_actions_t actions;
     if (posix_spawnattr_init(&attributes) != 0) return -1;
+    if (posix_spawn_file_actions_init(&actions) != 0) {
+        posix_spawnattr_destroy(&attributes);
+        return -1;
+    }
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     posix_spawnattr_setpgroup(&attributes, 0);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     pid_t pid = -1;
-    const int failed = posix_spawnp(&pid, argv[0], nullptr, &attributes, argv, environ);
+    const int failed = posix_spawnp(&pid, argv[0], &actions, &attributes, argv, environ);
+    posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     return failed == 0 ? pid : -1;
 }
