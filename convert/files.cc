@@ -112,14 +112,21 @@ bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
     return text.size() >= prefix.size() && strncasecmp(text.data(), prefix.data(), prefix.size()) == 0;
 }
 
+// "DefaultValue=none" gives "none": the text after the setting's name and
+// the one character behind it; nullopt for an element of another name.
+std::optional<std::string> Setting(const std::string &element, std::string_view name) {
+    if (element.size() <= name.size() + 1 || !StartsWithNoCase(element, name)) return std::nullopt;
+    return element.substr(name.size() + 1);
+}
+
 IniRead ReadSettings(std::string_view argument, int cycleIndex) {
     IniRead settings;
     for (std::string_view element : Split(argument, ',')) {
         const std::string text = EvaluatedOrDecoded(element, cycleIndex, "|").value_or("");
-        if (text.size() > 13 && StartsWithNoCase(text, "DefaultValue"))
-            settings.fallback = text.substr(13);
-        else if (text.size() > 14 && StartsWithNoCase(text, "OutputDivider"))
-            settings.divider = text.substr(14);
+        if (auto fallback = Setting(text, "DefaultValue"))
+            settings.fallback = *fallback;
+        else if (auto divider = Setting(text, "OutputDivider"))
+            settings.divider = *divider;
         else
             settings.file = text;
     }
