@@ -32,12 +32,10 @@ char *StatusOf(const char *value, PathOperation operation) {
     return PrintInt(path ? operation(path->c_str()) : kFailed);
 }
 
-int CreateOrEmpty(const char *path) {
-    std::FILE *file = std::fopen(path, "w");
-    if (file == nullptr) return kFailed;
-    std::fclose(file);
-    return 0;
-}
+// An empty file takes the place of whatever was there, instead of the old
+// file being emptied in place: a hard link into the tree can then never
+// carry the emptying to a file outside it.
+int CreateOrEmpty(const char *path) { return KXUtilsWriteMemoryToFile2(path, "", 0) > 0 ? 0 : kFailed; }
 
 // Names joined by one blank, as long as they fit limit characters.
 std::string Joined(char **names, int count, std::size_t limit) {

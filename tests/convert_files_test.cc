@@ -113,6 +113,7 @@ TEST_F(FileConversions, HostilePathsStayOutside) {
     std::filesystem::create_symlink(outside_.path(), "dirlink");
     std::filesystem::create_symlink(secret_, "filelink");
     std::filesystem::create_symlink(outside_.path() + "/nothing", "dangling");
+    std::filesystem::create_hard_link(secret_, "hardlink");  // a name inside, the file outside
     const std::string relative = std::filesystem::relative(secret_, tree_.path()).string();
     const std::vector<std::string> hostile = {
         relative, secret_, "..%2F" + relative, "pages/../../x", "a.txt%00.htm", "dirlink/secret.txt",
@@ -130,6 +131,10 @@ TEST_F(FileConversions, HostilePathsStayOutside) {
         kx::test::ExpectAll(cases);
         EXPECT_EQ(Read(secret_), "keep");
     }
+    kx::test::ExpectAll({{ConvertCreateFile, "", "hardlink", "0"},
+                         {ConvertWriteFile, "new", "hardlink", "0"},
+                         {ConvertFileCopy, "hardlink", "a.txt", "0"}});
+    EXPECT_EQ(Read(secret_), "keep");
     EXPECT_EQ(Read("a.txt"), "alpha");
     EXPECT_FALSE(std::filesystem::exists("copy"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(outside_.path()), {}), 1);
