@@ -172,6 +172,117 @@ KX_API char *ConvertHexTime(char *argument, char *value, int cycleIndex);
  * characters). */
 KX_API char *ConvertProcessTime(char *argument, char *value, int cycleIndex);
 
+/* --- file conversions --------------------------------------------------- */
+/* Each returns a new heap text (NULL only when memory runs out). Paths that
+ * arrive as the value are decoded (ServerDecoding); paths in the argument are
+ * evaluated (MatchIt), or decoded when they hold no placeholder. Every path
+ * must lead inside the working directory of the program (its application
+ * tree): a path with a ".." component, an encoded NUL ("%00"), or one that
+ * resolves (symbolic links followed) outside the tree is refused and treated
+ * as a failure. Status results are "%d": 0 success, negative failure. */
+
+/* "%d" of KXUtilsFileExists (0: it exists); "-1" for NULL or refused. */
+KX_API char *ConvertFileExists(char *argument, char *value, int cycleIndex);
+/* argument: a regular expression (POSIX extended). The names in the value's
+ * directory that match it, joined by blanks (at most 2047 characters; names
+ * that no longer fit are left out); a copy of the value when none matches.
+ * NULL value: "". */
+KX_API char *ConvertFileRegexpExists(char *argument, char *value, int cycleIndex);
+/* "%d" of KXUtilsDeleteFile; "-1" for NULL or refused. */
+KX_API char *ConvertFileRemove(char *argument, char *value, int cycleIndex);
+/* "%d" of KXUtilsCreateDirectory; "-1" for NULL or refused. */
+KX_API char *ConvertCreateDir(char *argument, char *value, int cycleIndex);
+/* Creates or empties the file: "0", or "-1" when it cannot be opened. */
+KX_API char *ConvertCreateFile(char *argument, char *value, int cycleIndex);
+/* A new temporary file name in the value's directory (the system's
+ * temporary directory for an empty or NULL value); the file is created
+ * empty to hold the name. "" when none can be made or the directory is
+ * refused. */
+KX_API char *ConvertCreateTemplateFile(char *argument, char *value, int cycleIndex);
+/* The names in the value's directory, separated by blanks; "" for none, a
+ * NULL value or a refused directory. */
+KX_API char *ConvertListDir(char *argument, char *value, int cycleIndex);
+/* argument: the new path. Renames under the lock file value + ".loc":
+ * "0" done or equal paths, "-1" missing path, refused path or failed
+ * rename, "-2" locked by another, "-3" lock file not created. */
+KX_API char *ConvertRenameFile(char *argument, char *value, int cycleIndex);
+/* argument: the target path. Copies the file's bytes: "0", "-1" for a
+ * missing or refused path, else the negated errno of the read or write. */
+KX_API char *ConvertFileCopy(char *argument, char *value, int cycleIndex);
+/* argument "text[,mode]": writes the text (evaluated and decoded) as the
+ * file's content, after its old content with a mode beginning with "a" or
+ * "A". "0", "-1" for a missing or refused path, else the errno value of the
+ * failed write. */
+KX_API char *ConvertWriteFile(char *argument, char *value, int cycleIndex);
+/* value "[section,]key|...", argument "file[,DefaultValue=d][,OutputDivider=s]":
+ * the keys' values in the ini file joined by the divider ("|"), the default
+ * ("") for a key not found; a divider inside a value is URL-encoded. "" when
+ * the value, the argument or the file name is missing. */
+KX_API char *ConvertToIniRead(char *argument, char *value, int cycleIndex);
+
+/* --- program call and network conversions ------------------------------- */
+
+/* A CGI application of the console that "_call," hands the request's
+ * settings to through a query file: the first length characters of name
+ * are compared with the program's name. */
+typedef struct KnownFunction {
+    int length;                    /* strlen(name) */
+    const char *name;
+    const int *parameterCount;     /* number of parameter names */
+    const char *const *parameters; /* entries whose values form the query */
+    const char *extra;             /* fixed query text after the parameters */
+} KnownFunction;
+
+KX_API extern const KnownFunction KnownFunctions[];
+KX_API extern const int KnownFunctionsCount; /* 9 */
+KX_API extern const char *const DBAsciiAccessParameters[];
+KX_API extern const int DBAsciiAccessParametersCount; /* 10 */
+
+/* value: the program; argument "arguments[,default]". A known application
+ * (by base name for "_call,", by the whole value for "_callp,") is started
+ * with a query file and an output file: its output, or the default (a copy
+ * of the value without one) when it fails. Any other program is started
+ * with the ","-separated argument texts (evaluated and decoded; at most 9,
+ * resp. 19) and gives its exit status "%d" ("-1" when it cannot start).
+ * Programs start without a shell and must lie inside the application tree
+ * (refused: "-1", resp. the default). Heap text; NULL when memory runs out. */
+KX_API char *ConvertByCall(char *argument, char *value, int cycleIndex);
+KX_API char *ConvertByCallBasic(char *argument, char *value, int cycleIndex);
+
+/* One look-up slot per host, alive only during a call. */
+typedef struct PingThreadSlot {
+    char *Host;  /* decoded host */
+    int Status;  /* KXUtilsPing's result; -1 until it is known */
+} PingThreadSlot;
+typedef struct HostnameThreadSlot {
+    char *Address; /* decoded address; NULL when no look-up is made */
+    char *Name;    /* the name found (KXUtilsFreeResources), or NULL */
+} HostnameThreadSlot;
+
+KX_API extern PingThreadSlot *PingThreadInfo;         /* NULL between calls */
+KX_API extern HostnameThreadSlot *HostnameThreadInfo; /* NULL between calls */
+KX_API extern int PingRepeat;     /* look-ups started and not finished */
+KX_API extern int HostnameRepeat;
+
+/* Thread entries: index is the slot number (an intptr_t). Each fills its
+ * slot and decrements its counter; returns NULL. */
+KX_API void *PingThread(void *index);
+KX_API void *HostnameThread(void *index);
+
+/* value "host|host|...": "1" per host that answers an ICMP echo, "0" per
+ * other, separated by the argument after its first character ("|" when the
+ * argument is empty). "0" for a NULL value. One thread per host, at most
+ * 64 at a time, all joined before it returns. */
+KX_API char *ConvertPing(char *argument, char *value, int cycleIndex);
+/* value "address|...", argument "<any character>separator[,y|n|...]" (evaluated):
+ * the name of each address ("Unknown" when none; "" when its flag does not
+ * begin with "y"), separated by the separator ("|" when empty). Addresses
+ * beyond the flag list are looked up. "Unknown" for a NULL value. */
+KX_API char *ConvertToHostname(char *argument, char *value, int cycleIndex);
+/* value "name|...": the address of each name, "Unknown" when it does not
+ * resolve, joined by "|". "Unknown" for a NULL value. */
+KX_API char *ConvertToIPAddress(char *argument, char *value, int cycleIndex);
+
 KX_EXTERN_C_END
 
 #endif

@@ -3,6 +3,7 @@
 // summer time) and the "C" locale.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <clocale>
 #include <cstdlib>
@@ -277,6 +278,16 @@ const KonvertierungsEintrag *Row(const std::string &name) {
     return nullptr;
 }
 
+// Conversions whose two calls need not agree: the clock may move, and files,
+// programs and hosts change under them (a host must stay on loopback); their
+// own tests cover their results.
+bool ActsOnTheWorld(const std::string &name) {
+    static const std::vector<std::string> kActing = {
+        "_call,", "_callp,", "_fremove", "_mktemp", "_createdir", "_listdir", "_fcreate", "_frename,",
+        "_fexists,", "_fexists", "_fcopy,", "_ping", "_hostname", "_ipaddress", "_iniread,", "_fwrite,"};
+    return std::find(kActing.begin(), kActing.end(), name) != kActing.end();
+}
+
 // Every row is reachable (no earlier row is a prefix of it), carries its own
 // length and a handler, is found by its name in any letter case, and a
 // chain of it gives what its handler gives.
@@ -295,7 +306,7 @@ TEST_F(Conversions, EveryRowOfTheTable) {
             char *start = nullptr;
             EXPECT_STREQ(DetermineConversion(text.data(), &start), "Name") << text;
             EXPECT_EQ(start, text.data() + 3) << text;
-            if (name == "_time") continue;  // the clock may move between the two calls
+            if (name == "_time" || ActsOnTheWorld(name)) continue;
             EXPECT_EQ(Chain(text.substr(3), "0B02031A0809"), Convert(ConvertTable[i].handler, argument, "0B02031A0809"));
         }
     }
@@ -303,15 +314,6 @@ TEST_F(Conversions, EveryRowOfTheTable) {
     for (const auto &[shortName, longName] : {std::pair{"_+,", "_plus,"}, {"_-,", "_minus,"}, {"_*,", "_multiply,"},
                                               {"_-r,", "_minusr,"}})
         EXPECT_EQ(Row(shortName)->handler, Row(longName)->handler) << shortName;
-    // Conversions of files, programs and the network that this library does
-    // not carry yet hand the value on; when one lands, this list shrinks.
-    for (const char *name : {"_call,", "_callp,", "_fremove", "_mktemp", "_createdir", "_listdir", "_fcreate",
-                             "_frename,", "_fexists,", "_fexists", "_fcopy,", "_ping", "_hostname", "_ipaddress",
-                             "_iniread,", "_fwrite,"}) {
-        char argument[] = "x", value[] = "v";
-        ASSERT_NE(Row(name), nullptr) << name;
-        EXPECT_EQ(Row(name)->handler(argument, value, -1), value) << name << " has landed";
-    }
 }
 
 TEST_F(Conversions, DetermineConversionFindsTheNameBehindTheChain) {

@@ -8,8 +8,10 @@ site=$1 program=$2 port=$3
 here=$(cd "$(dirname "$0")/.." && pwd)
 mkdir -p "$site/www"
 cp -R "$here/examples/console/." "$site/www/"
-rm -f "$site/www/console.c"
+rm -f "$site/www/"*.c
 cp "$program" "$site/www/console.cgi"
+# The console's second application, built beside the first.
+if [ -f "$(dirname "$program")/PeerScan.cgi" ]; then cp "$(dirname "$program")/PeerScan.cgi" "$site/www/"; fi
 cat >"$site/lighttpd.conf" <<CONF
 server.document-root = "$site/www"
 server.bind = "127.0.0.1"

@@ -7,10 +7,6 @@
 namespace kx::convert {
 namespace {
 
-// Conversions of files, programs and the network are not built into this
-// library yet; until they are, their rows hand the value on unchanged.
-char *Pending(char * /*argument*/, char *value, int /*cycleIndex*/) { return value; }
-
 template <std::size_t N>
 constexpr KonvertierungsEintrag Row(const char (&name)[N], KonvertierungsFunktion handler) {
     return {name, static_cast<int>(N - 1), handler};
@@ -19,7 +15,6 @@ constexpr KonvertierungsEintrag Row(const char (&name)[N], KonvertierungsFunktio
 }  // namespace
 }  // namespace kx::convert
 
-using kx::convert::Pending;
 using kx::convert::Row;
 
 extern "C" {
@@ -52,30 +47,30 @@ const KonvertierungsEintrag ConvertTable[] = {
     Row("_cputime", ConvertCPUTime),
     Row("_processtime,", ConvertProcessTime),
     Row("_before,", ConvertToStringBefore),
-    Row("_call,", Pending),       // ConvertByCall
-    Row("_callp,", Pending),      // ConvertByCallBasic
+    Row("_call,", ConvertByCall),
+    Row("_callp,", ConvertByCallBasic),
     Row("_gmtime", ConvertToGmtime),
     Row("_localtime", ConvertToLocaltime),
     Row("_rbefore,", ConvertToStringRBefore),
     Row("_tolower", ConvertToLower),
     Row("_toupper", ConvertToUpper),
-    Row("_fremove", Pending),     // ConvertFileRemove
-    Row("_mktemp", Pending),      // ConvertCreateTemplateFile
+    Row("_fremove", ConvertFileRemove),
+    Row("_mktemp", ConvertCreateTemplateFile),
     Row("_mod,", ConvertByModulo),
-    Row("_createdir", Pending),   // ConvertCreateDir
-    Row("_listdir", Pending),     // ConvertListDir
-    Row("_fcreate", Pending),     // ConvertCreateFile
-    Row("_frename,", Pending),    // ConvertRenameFile
-    Row("_fexists,", Pending),    // ConvertFileRegexpExists
-    Row("_fexists", Pending),     // ConvertFileExists
-    Row("_fcopy,", Pending),      // ConvertFileCopy
+    Row("_createdir", ConvertCreateDir),
+    Row("_listdir", ConvertListDir),
+    Row("_fcreate", ConvertCreateFile),
+    Row("_frename,", ConvertRenameFile),
+    Row("_fexists,", ConvertFileRegexpExists),
+    Row("_fexists", ConvertFileExists),
+    Row("_fcopy,", ConvertFileCopy),
     Row("_time", ConvertCreateTime),
     Row("_dividelist,", ConvertDivideList),
-    Row("_ping", Pending),        // ConvertPing
-    Row("_hostname", Pending),    // ConvertToHostname
-    Row("_ipaddress", Pending),   // ConvertToIPAddress
-    Row("_iniread,", Pending),    // ConvertToIniRead
-    Row("_fwrite,", Pending),     // ConvertWriteFile
+    Row("_ping", ConvertPing),
+    Row("_hostname", ConvertToHostname),
+    Row("_ipaddress", ConvertToIPAddress),
+    Row("_iniread,", ConvertToIniRead),
+    Row("_fwrite,", ConvertWriteFile),
 };
 
 const int ConvertTableCount = sizeof ConvertTable / sizeof ConvertTable[0];

@@ -70,6 +70,61 @@ KX_API void KXUtilsFreeResources(void *resource);
  * text's terminating NUL); NULL when there is none or an argument is NULL. */
 KX_API char *KXUtils_strrstr(const char *text, const char *needle);
 
+/* --- files, temporary names, programs and the network ------------------ */
+
+/* Removes the file at path. 0 on success; -1 for a NULL or empty path, else
+ * the negated errno value. */
+KX_API int KXUtilsDeleteFile(const char *path);
+
+/* Creates the directory path (one level). 0 when it was created or is there
+ * already; -1 for a NULL or empty path, else the negated errno value. */
+KX_API int KXUtilsCreateDirectory(const char *path);
+
+/* KXUtilsReadFileToMemoryErrorOutput without the error outputs: the number of
+ * bytes read, or the negated errno value with *buffer NULL. */
+KX_API int KXUtilsReadFileToMemory(const char *path, char **buffer);
+
+/* KXUtilsWriteMemoryToFileErrorOutput without the error outputs: the number
+ * of bytes written (1 for an empty text), or the negated errno value with the
+ * file untouched. */
+KX_API int KXUtilsWriteMemoryToFile2(const char *path, const char *text, int length);
+
+/* The temporary directory: a copy of directory when one is given (not
+ * empty), else "/tmp". Release it with KXUtilsFreeResources; NULL when
+ * memory runs out. */
+KX_API char *KXUtilsTempDirectory(const char *directory);
+
+/* A new file name in directory ("/tmp" for NULL or empty) that no file had:
+ * the file is created empty (mode 0600) so that nobody else can take the
+ * name. Release the text with KXUtilsFreeResources; NULL when no file can be
+ * created there. */
+KX_API char *KXUtilsTempFileName(const char *directory);
+
+/* Runs argv[0] (searched in PATH when it holds no "/") with the first argc
+ * texts of argv as its argument vector, never through a shell, and waits
+ * for it. Its standard input is /dev/null; it shares standard output. mode must be "synchron". seconds limits the run (0: 30 seconds);
+ * a program still running then is killed with everything it started. The
+ * child is always reaped. Returns its exit status; -1 when it cannot be
+ * started, dies of a signal or is killed at the limit, or for another mode. */
+KX_API int KXUtilsStartProgram(const char *mode, int argc, char **argv, int seconds);
+
+/* Sends up to count ICMP echo requests to host (a name or an IPv4 or IPv6
+ * address), each waiting timeoutMs (0 or less: 1000) for its reply. size,
+ * ttl and flags are reserved (-1, -1, 0). Returns 0 when the host answered,
+ * 1 when it did not, -1 when the host does not resolve or no ICMP socket
+ * can be opened. Safe to call from several threads at once. */
+KX_API int KXUtilsPing(const char *host, int count, int timeoutMs, int size, int ttl, int flags);
+
+/* The name of a numeric IPv4 or IPv6 address (reverse look-up), or NULL when
+ * it has none or the text is no address. Release it with
+ * KXUtilsFreeResources. Safe to call from several threads at once. */
+KX_API char *_GetHostnameByNetAddress(const char *address);
+
+/* The numeric address of a host name (its IPv4 address when it has one,
+ * else its IPv6 address), or NULL when it does not resolve. Release it with
+ * KXUtilsFreeResources. */
+KX_API char *_GetNetAddressByHostname(const char *name);
+
 KX_EXTERN_C_END
 
 #endif
