@@ -105,9 +105,14 @@ void LoadTree() {
     TreeState &state = State();
     const std::string directory = MibDirectory();
     if (state.loaded && state.directory == directory) return;
-    if (state.loaded) unload_all_mibs();
     ConfigureParser(directory);
-    init_mib_internals();
+    // net-snmp sets its tables up once; for another directory it only drops
+    // what it read (it keeps, and loses, its table of textual conventions:
+    // a few kilobytes per change of directory).
+    if (state.loaded)
+        unload_all_mibs();
+    else
+        init_mib_internals();
     ReadSmiModule();
     RegisterDirectory(directory);
     read_all_mibs();

@@ -55,23 +55,22 @@ private:
         SkipCommentRest();
     }
 
-    // "--#KEY value": a quoted value runs to its closing quote on the same
-    // line, a bare one to the comment's end; blanks around it are dropped.
+    // "--#KEY value": a quoted value runs to its closing quote, a bare one
+    // to its last non-blank; neither goes past the comment's end.
     MibToken AnnotationToken() {
         MibToken token{MibToken::Annotation, {}, {}, true};
         const std::size_t keyStart = pos_;
         while (pos_ < text_.size() && IsLetter(text_[pos_])) ++pos_;
         token.key = text_.substr(keyStart, pos_ - keyStart);
         while (pos_ < text_.size() && (text_[pos_] == ' ' || text_[pos_] == '\t')) ++pos_;
-        const std::size_t lineEnd = std::min(text_.find('\n', pos_), text_.size());
+        const std::size_t end = std::min({text_.find('\n', pos_), text_.find("--", pos_), text_.size()});
         if (pos_ < text_.size() && text_[pos_] == '"') {
             const std::size_t close = text_.find('"', pos_ + 1);
-            const std::size_t end = close < lineEnd ? close : lineEnd;
-            token.text = text_.substr(pos_ + 1, end - pos_ - 1);
-            pos_ = close < lineEnd ? close + 1 : lineEnd;
+            const std::size_t stop = close < end ? close : end;
+            token.text = text_.substr(pos_ + 1, stop - pos_ - 1);
+            pos_ = close < end ? close + 1 : end;
             return token;
         }
-        std::size_t end = std::min(text_.find("--", pos_), lineEnd);
         token.text = text_.substr(pos_, end - pos_);
         while (!token.text.empty() && IsBlank(token.text.back())) token.text.remove_suffix(1);
         pos_ = end;
