@@ -115,6 +115,7 @@ TEST(DatabaseFile, UnreadableAndOddFiles) {
     int count = 0;
     EXPECT_EQ(DBAsciiAccessGetScheme(db, "T", &count, nullptr), 0);
     EXPECT_EQ(count, 2);
+    EXPECT_EQ(DBAsciiAccessGetElementColumn(db, "T", "\xff"), 0) << "a field ends at a NUL byte";
     DBAsciiAccessRow *rows = nullptr;
     EXPECT_EQ(DBAsciiAccessGetAllEntriesByCondition(db, "T", "", &rows, 0, "", 114, 0, 110, 0, 0), 1);
     DBAsciiAccessFree(rows);

@@ -23,13 +23,16 @@ int HexValue(char c) {
     return -1;
 }
 
-// The fields of a line; a broken escape keeps the field as written.
+// The fields of a line; a broken escape keeps the field as written. Fields
+// are handed out as C texts, so each ends at its first NUL byte.
 std::vector<std::string> Fields(std::string_view line) {
     std::vector<std::string> fields;
     for (;;) {
         const std::size_t end = line.find(kSeparator);
         const std::string_view field = Trim(line.substr(0, end));
-        fields.push_back(Unescape(field).value_or(std::string(field)));
+        std::string text = Unescape(field).value_or(std::string(field));
+        text.resize(std::min(text.size(), text.find('\0')));
+        fields.push_back(std::move(text));
         if (end == std::string_view::npos) return fields;
         line.remove_prefix(end + 1);
     }
