@@ -11,10 +11,10 @@
 
 KX_EXTERN_C_BEGIN
 
-/* The description of one trap: 23 words. A text that the MIB does not give
- * is NULL with length 0; Arguments holds one character '0' + n per argument
- * n of "--#ARGUMENTS {..}" (so {0,1} gives "01"), not NUL-terminated beyond
- * ArgumentCount in general but always followed by a NUL here. */
+/* The description of one trap: 23 words. A text that the MIB does not give,
+ * or gives empty, is NULL with length 0; every other text is followed by a
+ * NUL. Arguments holds one character '0' + n per number n of
+ * "--#ARGUMENTS {..}" (so {0,1} gives "01"). */
 typedef struct KXTrapDescription {
     int NameLength;          /* 1 */
     char *Name;              /* 2: the TRAP-TYPE's name */
