@@ -23,6 +23,7 @@ using kx::test::HeapText;
 constexpr const char *kQ47Mib = R"mib(Q47-MIB DEFINITIONS ::= BEGIN
 -- q47Ghost TRAP-TYPE ENTERPRISE q47 ::= 9   (a comment defines nothing)
 IMPORTS enterprises, Counter, IpAddress FROM RFC1155-SMI
+        DisplayString FROM RFC1213-MIB
         OBJECT-TYPE FROM RFC-1212
         TRAP-TYPE FROM RFC-1215;
 q47       OBJECT IDENTIFIER ::= { enterprises 99999 }
@@ -34,7 +35,7 @@ q47FanStatus OBJECT-TYPE
     DESCRIPTION "Fan state -- not a comment inside a text"
     ::= { q47 1 }
 q47FanName OBJECT-TYPE
-    SYNTAX OCTET STRING  ACCESS read-only  STATUS mandatory  DESCRIPTION "Fan"
+    SYNTAX DisplayString  ACCESS read-only  STATUS mandatory  DESCRIPTION "Fan"
     ::= { q47 3 }
 q47SvrNicInfoTable OBJECT-TYPE
     SYNTAX SEQUENCE OF Q47SvrNicInfoEntry  ACCESS not-accessible  STATUS mandatory
@@ -184,6 +185,7 @@ TEST_F(MibDirectory, TrapDescriptionsFromTheFile) {
     for (const Miss &m : std::vector<Miss>{
              {"Q47.MIB", "1.3.6.1.4.1.99999", "77", "0", true},   // generic below 6: its number counts
              {"Q47.MIB", "1.3.6.1.4.1.99999", "0", "6", true},
+             {"Q47.mib", "1.3.6.1.4.1.99999", "3", "6", true},    // the extension in any case
              {"Q47.MIB", "1.3.6.1.4.1.99999", "9", "6", false},   // only in a comment
              {"Q47.MIB", "1.3.6.1.4.1.99999", "3", "7", false},
              {"Q47.MIB", "1.3.6.1.4.1.99998", "3", "6", false},

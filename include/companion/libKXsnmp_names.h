@@ -4,7 +4,8 @@
  * directory (KXGetMibPath, "mibs" when none is set), read with net-snmp's MIB
  * parser on the first look-up and again after the directory changes. The SMI
  * roots (iso, org, dod, internet, mgmt, mib-2, private, enterprises, snmpV2,
- * ...) are known without any MIB file; they belong to no MIB.
+ * ...) and the textual conventions DisplayString, PhysAddress, MacAddress and
+ * TruthValue are known without any MIB file; they belong to no MIB.
  * Everything these operations return is released with KXFreeResources.
  */
 #ifndef KX_COMPANION_LIBKXSNMP_NAMES_H

@@ -36,7 +36,7 @@ typedef struct KXTrapDescription {
 } KXTrapDescription;
 
 /* The description of the trap that the MIB file mibFile (a name in the MIB
- * directory) defines with a TRAP-TYPE whose ENTERPRISE is oid (dotted, a
+ * directory; its extension may be spelt in any case on disk) defines with a TRAP-TYPE whose ENTERPRISE is oid (dotted, a
  * leading "." ignored) and whose number is specific when generic is "6", or
  * generic when generic is 0 to 5 (numbers given as decimal texts). Each file
  * is parsed once per process and kept, a missing or unreadable file too (as

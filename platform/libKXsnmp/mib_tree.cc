@@ -19,14 +19,28 @@
 namespace kxsnmp {
 namespace {
 
-// The module that names the SMI roots; MIB files import them from it (and,
-// through net-snmp's own mapping, from RFC1155-SMI).
+// The modules that name the SMI roots and the commonest textual conventions;
+// MIB files import from them (and, through net-snmp's own mapping, from
+// RFC1155-SMI and RFC1213-MIB), so no IETF MIB file is needed.
 constexpr const char *kSmiModule = "SNMPv2-SMI";
+constexpr const char *kTcModule = "SNMPv2-TC";
+
+struct TextualConvention {
+    std::string_view name, hint, syntax;
+};
+
+// The conventions that trap variables use most; each gives its object the
+// syntax of the convention's base type.
+constexpr TextualConvention kTextualConventions[] = {
+    {"DisplayString", "255a", "OCTET STRING (SIZE (0..255))"},
+    {"PhysAddress", "1x:", "OCTET STRING"},
+    {"MacAddress", "1x:", "OCTET STRING (SIZE (6))"},
+    {"TruthValue", "", "INTEGER { true(1), false(2) }"},
+};
 
 struct TreeState {
     bool loaded = false;
     std::string directory;
-    int smiModule = -1;
     std::vector<std::pair<int, std::string>> files;  // module and its file's name
 };
 
@@ -44,11 +58,20 @@ std::string SmiModuleText() {
     return text + "END\n";
 }
 
-// net-snmp reads modules from files only: the SMI text is handed over as an
-// anonymous in-memory file, which never touches the disk.
-void ReadSmiModule() {
-    const std::string text = SmiModuleText();
-    const int fd = memfd_create("kx-smi-roots", MFD_CLOEXEC);
+std::string TcModuleText() {
+    std::string text = std::string(kTcModule) + " DEFINITIONS ::= BEGIN\n";
+    for (const TextualConvention &tc : kTextualConventions) {
+        text += std::string(tc.name) + " ::= TEXTUAL-CONVENTION\n";
+        if (!tc.hint.empty()) text += "    DISPLAY-HINT \"" + std::string(tc.hint) + "\"\n";
+        text += "    STATUS current DESCRIPTION \"\" SYNTAX " + std::string(tc.syntax) + "\n";
+    }
+    return text + "END\n";
+}
+
+// net-snmp reads modules from files only: a built-in module is handed over
+// as an anonymous in-memory file, which never touches the disk.
+void ReadBuiltinModule(const std::string &text) {
+    const int fd = memfd_create("kx-mib-module", MFD_CLOEXEC);
     if (fd < 0) return;
     if (write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size())) {
         const std::string path = "/proc/self/fd/" + std::to_string(fd);
@@ -87,11 +110,11 @@ std::string BaseName(const char *path) {
     return std::string(slash == std::string_view::npos ? text : text.substr(slash + 1));
 }
 
-// The modules registered after the SMI roots are those of the directory's
-// files; net-snmp numbers modules in the order they are registered.
-std::vector<std::pair<int, std::string>> FileModules(int smiModule) {
+// The modules registered after the built-in ones are those of the
+// directory's files; net-snmp numbers modules in the order they come.
+std::vector<std::pair<int, std::string>> FileModules(int lastBuiltin) {
     std::vector<std::pair<int, std::string>> files;
-    for (int id = smiModule + 1;; ++id) {
+    for (int id = lastBuiltin + 1;; ++id) {
         const struct module *module = find_module(id);
         if (module == nullptr) break;
         files.emplace_back(id, BaseName(module->file));
@@ -113,13 +136,14 @@ void LoadTree() {
         unload_all_mibs();
     else
         init_mib_internals();
-    ReadSmiModule();
+    ReadBuiltinModule(SmiModuleText());
+    ReadBuiltinModule(TcModuleText());
+    const int lastBuiltin = std::max(which_module(kSmiModule), which_module(kTcModule));
     RegisterDirectory(directory);
     read_all_mibs();
     state.loaded = true;
     state.directory = directory;
-    state.smiModule = which_module(kSmiModule);
-    state.files = FileModules(state.smiModule);
+    state.files = FileModules(lastBuiltin);
 }
 
 OidMatch DeepestNode(const std::vector<std::uint32_t> &oid) {

@@ -1,6 +1,9 @@
 // Trap descriptions by MIB file, enterprise OID and trap numbers. Each MIB
 // file is parsed once per process; its descriptions live until the process
 // ends (texts given with KXSetTrapMibText until they are replaced).
+#include <dirent.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstdio>
@@ -18,7 +21,7 @@ constexpr std::int64_t kEnterpriseSpecific = 6;
 
 struct TrapMibs {
     std::map<std::string, std::unique_ptr<TrapMib>> texts;  // by name given to KXSetTrapMibText
-    std::map<std::string, std::unique_ptr<TrapMib>> files;  // by path
+    std::map<std::string, std::unique_ptr<TrapMib>> files;  // by path as asked for
 };
 
 TrapMibs &Mibs() {
@@ -38,12 +41,33 @@ std::string ReadWholeFile(const std::string &path) {
     return contents;
 }
 
+// The file mibFile of the MIB directory. Its extension may be spelt in any
+// case on disk: the trap MIB search asks for "Q47.mib" and finds Q47.MIB.
+std::string MibPath(const std::string &directory, const std::string &mibFile) {
+    const std::string exact = directory + "/" + mibFile;
+    const std::size_t dot = mibFile.rfind('.');
+    if (access(exact.c_str(), F_OK) == 0 || dot == std::string::npos) return exact;
+    DIR *dir = opendir(directory.c_str());
+    if (dir == nullptr) return exact;
+    std::string found;
+    while (const dirent *entry = readdir(dir)) {
+        const std::string_view name = entry->d_name;
+        if (name.size() == mibFile.size() && name.substr(0, dot) == std::string_view(mibFile).substr(0, dot) &&
+            EqualNoCase(name.substr(dot), std::string_view(mibFile).substr(dot))) {
+            found = name;
+            break;
+        }
+    }
+    closedir(dir);
+    return found.empty() ? exact : directory + "/" + found;
+}
+
 const TrapMib &MibNamed(const std::string &mibFile) {
     TrapMibs &mibs = Mibs();
     if (const auto text = mibs.texts.find(mibFile); text != mibs.texts.end()) return *text->second;
-    const std::string path = MibDirectory() + "/" + mibFile;
-    auto &parsed = mibs.files[path];
-    if (!parsed) parsed = ParseTrapMib(ReadWholeFile(path));
+    const std::string directory = MibDirectory();
+    auto &parsed = mibs.files[directory + "/" + mibFile];
+    if (!parsed) parsed = ParseTrapMib(ReadWholeFile(MibPath(directory, mibFile)));
     return *parsed;
 }
 
