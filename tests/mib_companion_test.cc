@@ -219,6 +219,7 @@ TEST(TrapMibText, BrokenAndOddTexts) {
         {"t TRAP-TYPE ENTERPRISE enterprises ::= }", 0, "1.3.6.1.4.1", "5", nullptr},
         {"\xff\xfe{{{{ \"\" -- --# ::= ::=", 0, "1.3.6.1.4.1", "5", nullptr},
         {"", 0, "1.3.6.1.4.1", "5", nullptr},
+        {std::string("t\0u TRAP-TYPE ENTERPRISE enterprises", 36) + tail, 1, "1.3.6.1.4.1", "5", "t"},  // fuzz find
     };
     for (const Case &c : cases) {
         EXPECT_EQ(KXSetTrapMibText("mem.mib", c.text.data(), c.text.size()), c.traps) << c.text;

@@ -4,8 +4,9 @@
 #ifndef KX_PLATFORM_LIBKXSNMP_TRAP_LEXER_H
 #define KX_PLATFORM_LIBKXSNMP_TRAP_LEXER_H
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
-#include <vector>
 
 namespace kxsnmp {
 
@@ -16,7 +17,26 @@ struct MibToken {
     bool closed = true;     // false for a quoted text that the input ends inside
 };
 
-std::vector<MibToken> TokeniseMib(std::string_view text);
+// Hands out the tokens of a text one at a time, so that a huge text never
+// makes a huge token list.
+class MibLexer {
+public:
+    explicit MibLexer(std::string_view text) : text_(text) {}
+    // The next token; nothing at the end of the text.
+    std::optional<MibToken> Next();
+
+private:
+    bool At(std::string_view what) const { return text_.substr(pos_).starts_with(what); }
+    bool SkipBlanks();
+    void SkipCommentRest();
+    std::optional<MibToken> Comment();
+    MibToken AnnotationToken();
+    MibToken Quoted();
+    MibToken WordToken();
+
+    std::string_view text_;
+    std::size_t pos_ = 0;
+};
 
 }  // namespace kxsnmp
 

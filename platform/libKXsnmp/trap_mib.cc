@@ -5,6 +5,7 @@
 // of OBJECT-TYPE and similar macros) and the SMI roots.
 #include <algorithm>
 #include <climits>
+#include <deque>
 #include <optional>
 
 #include "mib_internal.h"
@@ -60,17 +61,31 @@ bool EqualsNoCase(std::string_view a, std::string_view b) { return EqualNoCase(a
 
 class TrapMibParser {
 public:
-    explicit TrapMibParser(std::string_view text) : tokens_(TokeniseMib(text)) {}
+    explicit TrapMibParser(std::string_view text) : lexer_(text) {}
 
     std::unique_ptr<TrapMib> Run();
 
 private:
-    bool WordAt(std::size_t at, std::string_view word) const {
-        return at < tokens_.size() && tokens_[at].kind == MibToken::Word && tokens_[at].text == word;
+    // The token at position at (counted from the text's start); nullptr at
+    // the end. Tokens before pos_ are gone once the main loop moved on.
+    const MibToken *Token(std::size_t at) {
+        while (at >= base_ + window_.size()) {
+            std::optional<MibToken> next = lexer_.Next();
+            if (!next) return nullptr;
+            window_.push_back(*next);
+        }
+        return at >= base_ ? &window_[at - base_] : nullptr;
+    }
+    void ForgetRead() {
+        for (; base_ < pos_ && !window_.empty(); ++base_) window_.pop_front();
+    }
+    bool WordAt(std::size_t at, std::string_view word) {
+        const MibToken *token = Token(at);
+        return token != nullptr && token->kind == MibToken::Word && token->text == word;
     }
     void SkipPast(std::string_view word);
     void SkipMacroDefinition();
-    bool StartsDefinition(std::size_t at) const;
+    bool StartsDefinition(std::size_t at);
     std::optional<OidValue> ReadOidValue();
     void ReadAssignment();
     std::unique_ptr<TrapEntry> ReadTrap();
@@ -80,7 +95,9 @@ private:
     std::optional<std::string> Resolve(const std::string &name, int depth) const;
     std::optional<std::string> Resolve(const OidValue &value, int depth) const;
 
-    std::vector<MibToken> tokens_;
+    MibLexer lexer_;
+    std::deque<MibToken> window_;  // the tokens from base_ on (a deque keeps references on growth)
+    std::size_t base_ = 0;
     std::size_t pos_ = 0;
     std::map<std::string, OidValue> assignments_;
     std::vector<std::pair<std::unique_ptr<TrapEntry>, OidValue>> pending_;
@@ -88,16 +105,16 @@ private:
 };
 
 void TrapMibParser::SkipPast(std::string_view word) {
-    while (pos_ < tokens_.size() && !WordAt(pos_, word)) ++pos_;
-    if (pos_ < tokens_.size()) ++pos_;
+    while (Token(pos_) != nullptr && !WordAt(pos_, word)) ++pos_;
+    if (Token(pos_) != nullptr) ++pos_;
 }
 
 // "NAME MACRO ::= BEGIN ... END" defines a macro (RFC-1215 itself): its body
 // holds no definitions.
 void TrapMibParser::SkipMacroDefinition() { SkipPast("END"); }
 
-bool TrapMibParser::StartsDefinition(std::size_t at) const {
-    if (at >= tokens_.size() || !IsValueName(tokens_[at])) return false;
+bool TrapMibParser::StartsDefinition(std::size_t at) {
+    if (Token(at) == nullptr || !IsValueName(*Token(at))) return false;
     if (WordAt(at + 1, "OBJECT") && WordAt(at + 2, "IDENTIFIER")) return true;
     for (const std::string_view macro : kPlacingMacros)
         if (WordAt(at + 1, macro)) return true;
@@ -109,14 +126,14 @@ std::optional<OidValue> TrapMibParser::ReadOidValue() {
     if (!WordAt(pos_, "{")) return std::nullopt;
     ++pos_;
     OidValue value;
-    for (bool first = true; pos_ < tokens_.size() && !WordAt(pos_, "}"); first = false) {
-        const MibToken &token = tokens_[pos_++];
+    for (bool first = true; Token(pos_) != nullptr && !WordAt(pos_, "}"); first = false) {
+        const MibToken &token = *Token(pos_++);
         if (token.kind != MibToken::Word) return std::nullopt;
         if (IsNumber(token.text)) {
             value.numbers.push_back(ToNumber(token.text));
-        } else if (WordAt(pos_, "(") && pos_ + 2 < tokens_.size() && IsNumber(tokens_[pos_ + 1].text) &&
+        } else if (WordAt(pos_, "(") && Token(pos_ + 2) != nullptr && IsNumber(Token(pos_ + 1)->text) &&
                    WordAt(pos_ + 2, ")")) {
-            value.numbers.push_back(ToNumber(tokens_[pos_ + 1].text));
+            value.numbers.push_back(ToNumber(Token(pos_ + 1)->text));
             pos_ += 3;
         } else if (first && IsIdentifier(token)) {
             value.base = std::string(token.text);
@@ -124,7 +141,7 @@ std::optional<OidValue> TrapMibParser::ReadOidValue() {
             return std::nullopt;
         }
     }
-    if (pos_ >= tokens_.size()) return std::nullopt;
+    if (Token(pos_) == nullptr) return std::nullopt;
     ++pos_;
     if (value.base.empty() && value.numbers.empty()) return std::nullopt;
     return value;
@@ -133,9 +150,9 @@ std::optional<OidValue> TrapMibParser::ReadOidValue() {
 // "name ... ::= { ... }" from the name at pos_; the first assignment of a
 // name counts.
 void TrapMibParser::ReadAssignment() {
-    const std::string name(tokens_[pos_].text);
+    const std::string name(Token(pos_)->text);
     pos_ += 2;
-    while (pos_ < tokens_.size() && !WordAt(pos_, "::=") && !StartsDefinition(pos_) && !WordAt(pos_ + 1, "TRAP-TYPE"))
+    while (Token(pos_) != nullptr && !WordAt(pos_, "::=") && !StartsDefinition(pos_) && !WordAt(pos_ + 1, "TRAP-TYPE"))
         ++pos_;
     if (!WordAt(pos_, "::=")) return;
     ++pos_;
@@ -144,14 +161,14 @@ void TrapMibParser::ReadAssignment() {
 
 std::unique_ptr<TrapEntry> TrapMibParser::ReadTrap() {
     auto trap = std::make_unique<TrapEntry>();
-    trap->name = std::string(tokens_[pos_].text);
+    trap->name = std::string(Token(pos_)->text);
     pos_ += 2;
-    while (pos_ < tokens_.size()) {
+    while (Token(pos_) != nullptr) {
         if (WordAt(pos_, "::=")) {
             ++pos_;
-            if (pos_ >= tokens_.size() || tokens_[pos_].kind != MibToken::Word || !IsNumber(tokens_[pos_].text))
+            if (Token(pos_) == nullptr || Token(pos_)->kind != MibToken::Word || !IsNumber(Token(pos_)->text))
                 return nullptr;
-            trap->number = ToNumber(tokens_[pos_++].text);
+            trap->number = ToNumber(Token(pos_++)->text);
             return trap;
         }
         if (!ReadTrapClause(*trap)) return nullptr;
@@ -162,7 +179,7 @@ std::unique_ptr<TrapEntry> TrapMibParser::ReadTrap() {
 // One clause of a TRAP-TYPE at pos_; false (pos_ on the stray token) when
 // the macro is broken there.
 bool TrapMibParser::ReadTrapClause(TrapEntry &trap) {
-    const MibToken &token = tokens_[pos_];
+    const MibToken &token = *Token(pos_);
     if (token.kind == MibToken::Annotation) {
         TakeAnnotation(trap, token);
         ++pos_;
@@ -171,9 +188,9 @@ bool TrapMibParser::ReadTrapClause(TrapEntry &trap) {
     if (WordAt(pos_, "VARIABLES")) return ReadVariables(trap);
     const bool description = WordAt(pos_, "DESCRIPTION");
     if (description || WordAt(pos_, "REFERENCE")) {
-        if (pos_ + 1 >= tokens_.size() || tokens_[pos_ + 1].kind != MibToken::Text || !tokens_[pos_ + 1].closed)
+        if (Token(pos_ + 1) == nullptr || Token(pos_ + 1)->kind != MibToken::Text || !Token(pos_ + 1)->closed)
             return false;
-        if (description) trap.description = std::string(tokens_[pos_ + 1].text);
+        if (description) trap.description = std::string(Token(pos_ + 1)->text);
         pos_ += 2;
         return true;
     }
@@ -182,8 +199,8 @@ bool TrapMibParser::ReadTrapClause(TrapEntry &trap) {
     std::optional<OidValue> value;
     if (WordAt(pos_, "{")) {
         value = ReadOidValue();
-    } else if (pos_ < tokens_.size() && IsIdentifier(tokens_[pos_])) {
-        value = OidValue{std::string(tokens_[pos_++].text), {}};
+    } else if (Token(pos_) != nullptr && IsIdentifier(*Token(pos_))) {
+        value = OidValue{std::string(Token(pos_++)->text), {}};
     }
     if (!value) return false;
     enterprise_ = std::move(*value);
@@ -194,15 +211,15 @@ bool TrapMibParser::ReadTrapClause(TrapEntry &trap) {
 bool TrapMibParser::ReadVariables(TrapEntry &trap) {
     if (!WordAt(pos_ + 1, "{")) return false;
     pos_ += 2;
-    while (pos_ < tokens_.size() && !WordAt(pos_, "}")) {
+    while (Token(pos_) != nullptr && !WordAt(pos_, "}")) {
         if (WordAt(pos_, ",")) {
             ++pos_;
             continue;
         }
-        if (!IsIdentifier(tokens_[pos_])) return false;
-        trap.variables.emplace_back(tokens_[pos_++].text);
+        if (!IsIdentifier(*Token(pos_))) return false;
+        trap.variables.emplace_back(Token(pos_++)->text);
     }
-    if (pos_ >= tokens_.size()) return false;
+    if (Token(pos_) == nullptr) return false;
     ++pos_;
     return true;
 }
@@ -262,12 +279,12 @@ std::optional<std::string> TrapMibParser::Resolve(const OidValue &value, int dep
 }
 
 std::unique_ptr<TrapMib> TrapMibParser::Run() {
-    while (pos_ < tokens_.size()) {
+    for (; Token(pos_) != nullptr; ForgetRead()) {
         if (WordAt(pos_, "IMPORTS") || WordAt(pos_, "EXPORTS")) {
             SkipPast(";");
         } else if (WordAt(pos_ + 1, "MACRO")) {
             SkipMacroDefinition();
-        } else if (IsValueName(tokens_[pos_]) && WordAt(pos_ + 1, "TRAP-TYPE")) {
+        } else if (IsValueName(*Token(pos_)) && WordAt(pos_ + 1, "TRAP-TYPE")) {
             enterprise_ = OidValue{};
             if (std::unique_ptr<TrapEntry> trap = ReadTrap()) pending_.emplace_back(std::move(trap), enterprise_);
         } else if (StartsDefinition(pos_)) {
@@ -288,8 +305,10 @@ std::unique_ptr<TrapMib> TrapMibParser::Run() {
     return mib;
 }
 
-// A text of the record: NULL with length 0 when empty.
+// A text of the record: NULL with length 0 when empty. Callers read the
+// texts as C texts, so a NUL byte in the MIB ends the text it stands in.
 void PointAt(std::string &text, int &length, char *&pointer) {
+    text.resize(std::min(text.size(), text.find('\0')));
     length = static_cast<int>(std::min<std::size_t>(text.size(), INT_MAX));
     pointer = text.empty() ? nullptr : text.data();
 }
@@ -300,7 +319,10 @@ void TrapEntry::FillRecord() {
     record = KXTrapDescription{};
     PointAt(name, record.NameLength, record.Name);
     variablePointers.clear();
-    for (std::string &variable : variables) variablePointers.push_back(variable.data());
+    for (std::string &variable : variables) {
+        variable.resize(std::min(variable.size(), variable.find('\0')));
+        variablePointers.push_back(variable.data());
+    }
     record.VariableCount = static_cast<int>(std::min<std::size_t>(variables.size(), INT_MAX));
     record.Variables = variables.empty() ? nullptr : variablePointers.data();
     PointAt(description, record.DescriptionLength, record.Description);
