@@ -216,10 +216,10 @@ TEST(TrapMibText, BrokenAndOddTexts) {
         {"t TRAP-TYPE ENTERPRISE snmpV2 --#ARGUMENTS { 0, 1, 12 }\n" + tail, 1, "1.3.6.1.6", "5", "t"},
         {"t TRAP-TYPE ENTERPRISE enterprises\n" + tail + "t TRAP-TYPE ENTERPRISE private" + tail, 2,
          "1.3.6.1.4", "5", "t"},
+        {std::string("t\0u TRAP-TYPE ENTERPRISE enterprises", 36) + tail, 1, "1.3.6.1.4.1", "5", "t"},  // fuzz find
         {"t TRAP-TYPE ENTERPRISE enterprises ::= }", 0, "1.3.6.1.4.1", "5", nullptr},
         {"\xff\xfe{{{{ \"\" -- --# ::= ::=", 0, "1.3.6.1.4.1", "5", nullptr},
         {"", 0, "1.3.6.1.4.1", "5", nullptr},
-        {std::string("t\0u TRAP-TYPE ENTERPRISE enterprises", 36) + tail, 1, "1.3.6.1.4.1", "5", "t"},  // fuzz find
     };
     for (const Case &c : cases) {
         EXPECT_EQ(KXSetTrapMibText("mem.mib", c.text.data(), c.text.size()), c.traps) << c.text;
