@@ -1,7 +1,7 @@
 // net-snmp's MIB parser reads the MIB files. It is set up without any
 // configuration or environment: no config files, no default MIB search path;
-// the SMI roots come from a module text of our own, so no IETF MIB files are
-// needed.
+// the SMI roots and the commonest textual conventions come from module texts
+// of our own, so no IETF MIB files are needed.
 #include <dirent.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -68,16 +68,29 @@ std::string TcModuleText() {
     return text + "END\n";
 }
 
+bool WriteAll(int fd, const std::string &text) {
+    return write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+}
+
 // net-snmp reads modules from files only: a built-in module is handed over
-// as an anonymous in-memory file, which never touches the disk.
+// as an anonymous in-memory file, which never touches the disk; where /proc
+// is missing (a chroot), as a temporary file removed once it was read.
 void ReadBuiltinModule(const std::string &text) {
     const int fd = memfd_create("kx-mib-module", MFD_CLOEXEC);
-    if (fd < 0) return;
-    if (write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size())) {
-        const std::string path = "/proc/self/fd/" + std::to_string(fd);
+    const std::string path = "/proc/self/fd/" + std::to_string(fd);
+    if (fd >= 0 && WriteAll(fd, text) && access(path.c_str(), R_OK) == 0) {
         read_mib(path.c_str());
+        close(fd);
+        return;
     }
-    close(fd);
+    if (fd >= 0) close(fd);
+    char temporary[] = "/tmp/kx-mib-module.XXXXXX";
+    const int file = mkstemp(temporary);
+    if (file < 0) return;
+    const bool written = WriteAll(file, text);
+    close(file);
+    if (written) read_mib(temporary);
+    unlink(temporary);
 }
 
 void RegisterDirectory(const std::string &directory) {
