@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "convert_support.h"
 #include "support/kx_test.h"
 
 using kx::test::Convert;

@@ -11,7 +11,6 @@
 #include <string>
 
 #include "companion/libKXUtils.h"
-#include "convert_support.h"
 #include "support/kx_test.h"
 #include "support/web_server.h"
 

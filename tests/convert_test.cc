@@ -22,19 +22,7 @@ namespace {
 using kx::test::HeapText;
 using kx::test::InputList;
 
-// The handler's result for a writable copy of argument and for value (NULL
-// when value is NULL); "<null>" for a null result. Argument and value must
-// come back as they went in, and a handler's own text is freed.
-std::string Convert(KonvertierungsFunktion handler, const std::string &argument, const char *value) {
-    std::string writable = argument, valueCopy = value ? value : "";
-    char *passed = value ? valueCopy.data() : nullptr;
-    char *result = handler(writable.data(), passed, -1);
-    EXPECT_EQ(writable, argument) << "the argument is left as it was";
-    if (value != nullptr) EXPECT_EQ(valueCopy, value) << "the value is left as it was";
-    std::string printed = result ? result : "<null>";
-    if (result != passed) std::free(result);
-    return printed;
-}
+using kx::test::Convert;
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"  // the C header's own cast

@@ -130,4 +130,21 @@ void InputList::Clear() {
     count_ = 0;
 }
 
+std::string Convert(KonvertierungsFunktion handler, const std::string &argument, const char *value, int cycleIndex) {
+    std::string writable = argument, valueCopy = value ? value : "";
+    char *passed = value ? valueCopy.data() : nullptr;
+    char *result = handler(writable.data(), passed, cycleIndex);
+    EXPECT_EQ(writable, argument) << "the argument is left as it was";
+    if (value != nullptr) EXPECT_EQ(valueCopy, value) << "the value is left as it was";
+    std::string printed = result ? result : "<null>";
+    if (result != passed) std::free(result);
+    return printed;
+}
+
+void ExpectAll(const std::vector<HandlerCase> &cases) {
+    for (const HandlerCase &c : cases)
+        EXPECT_EQ(Convert(c.handler, c.argument, c.value), c.result)
+            << "argument \"" << c.argument << "\" value \"" << (c.value ? c.value : "<null>") << '"';
+}
+
 }  // namespace kx::test

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "kx_convert.h"
 #include "kx_input.h"
 
 namespace kx::test {
@@ -28,6 +29,21 @@ std::string ReadFile(const std::string &path);
 // values, and "@" and the position when it is not 0. A name length that
 // disagrees with the name is shown as "!length".
 std::string Describe(const EingabeElement *list, int count);
+
+// The handler's result for a writable copy of argument and for value (NULL
+// when value is NULL); "<null>" for a null result. Argument and value must
+// come back as they went in, and a handler's own text is freed.
+std::string Convert(KonvertierungsFunktion handler, const std::string &argument, const char *value,
+                    int cycleIndex = -1);
+
+// One handler call and the text it must give.
+struct HandlerCase {
+    KonvertierungsFunktion handler;
+    std::string argument;
+    const char *value;
+    std::string result;
+};
+void ExpectAll(const std::vector<HandlerCase> &cases);
 
 // A heap text returned by the library, freed when it goes out of scope.
 class HeapText {
