@@ -277,41 +277,90 @@ TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
     EXPECT_EQ(Read("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
 }
 
-// Two processes set the same definition value again and again; every
-// reader sees a whole file holding one of the values written.
-TEST_F(DefinitionFiles, ConcurrentWritersLeaveAWholeFile) {
-    constexpr int kWrites = 200;
-    const std::string head = "|\nPort|n|", tail = "\nTail|n|end\n";
-    dir_.Write("app.ini", head + "0" + tail);
+// Eight processes save eight different values again and again, each
+// through the whole read-modify-write of the file; every reader sees a whole
+// file, and at the end every value holds its last save: no update is lost.
+TEST_F(DefinitionFiles, ConcurrentSavesLoseNoUpdate) {
+    constexpr int kWriters = 8, kWrites = 60;
+    std::string content = "|\n";
+    for (int c = 0; c < kWriters; ++c) content += "K" + std::to_string(c) + "|n|0\n";
+    dir_.Write("app.ini", content + "Tail|n|end\n");
     Record(0, "app.ini", '|');
-    pid_t children[2];
-    for (int c = 0; c < 2; ++c) {
-        children[c] = fork();
-        ASSERT_GE(children[c], 0);
-        if (children[c] != 0) continue;
-        for (int i = 0; i < kWrites; ++i) {
+    std::vector<pid_t> children;
+    for (int c = 0; c < kWriters; ++c) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child != 0) {
+            children.push_back(child);
+            continue;
+        }
+        const std::string key = "K" + std::to_string(c);
+        for (int i = 1; i <= kWrites; ++i) {
             InputList l;
-            l.Add("Port", 'n');
+            l.Add(key.c_str(), 'n');
             l.Add("SetIniValue");
-            Assign(l, {"Port=" + std::to_string(c + 1) + std::string(i % 50, 'x'), "SetIniValue=Port"});
+            Assign(l, {key + "=" + std::to_string(i) + std::string(i % 40, 'x'), "SetIniValue=" + key});
         }
         _exit(0);
     }
-    int reads = 0;
-    for (int alive = 2; alive > 0; ++reads) {
-        const std::string content = Read("app.ini");
-        ASSERT_TRUE(content.starts_with(head) && content.ends_with(tail)) << content;
-        const std::string value = content.substr(head.size(), content.size() - head.size() - tail.size());
-        ASSERT_TRUE(value == "0" || ((value[0] == '1' || value[0] == '2') && value.find_first_not_of('x', 1) == std::string::npos))
-            << value;
+    for (int alive = kWriters; alive > 0;) {
+        const std::string now = Read("app.ini");
+        ASSERT_TRUE(now.starts_with("|\nK0|n|") && now.ends_with("\nTail|n|end\n")) << now;
         alive = 0;
         for (pid_t child : children) alive += waitpid(child, nullptr, WNOHANG) == 0 ? 1 : 0;
     }
     for (pid_t child : children) waitpid(child, nullptr, 0);
-    const std::string final = Read("app.ini");
-    EXPECT_TRUE(final.starts_with(head + "1") || final.starts_with(head + "2")) << final;
+    const std::string last = std::to_string(kWrites) + std::string(kWrites % 40, 'x');
+    std::string expected = "|\n";
+    for (int c = 0; c < kWriters; ++c) expected += "K" + std::to_string(c) + "|n|" + last + "\n";
+    EXPECT_EQ(Read("app.ini"), expected + "Tail|n|end\n");
     for (const auto &entry : std::filesystem::directory_iterator(dir_.path()))
-        EXPECT_EQ(entry.path().filename(), "app.ini") << "no temporary file is left";
+        EXPECT_NE(entry.path().extension(), ".tmp") << "no temporary file is left";
+}
+
+// Saves that do not happen: the file stays as it was, and "ErrorText" says why.
+TEST_F(DefinitionFiles, RefusedSavesAreReported) {
+    struct Case {
+        const char *what;
+        const char *writable;  // default of SetIniValueNames, or none
+        std::string value;
+        mode_t mode;
+        const char *recorded;  // the definition file's recorded name
+        const char *reason;
+    };
+    const std::string fits(4093 - std::strlen("Port|n|"), '9');
+    const Case cases[] = {
+        {"longest line", nullptr, fits, 0644, "app.ini", nullptr},
+        {"one byte more", nullptr, fits + "9", 0644, "app.ini", "the value is too long"},
+        {"a line injected", nullptr, std::string(4084, 'A') + "Ersetzungsanfang|n|[", 0644, "app.ini",
+         "the value is too long"},
+        {"listed", "Other~Port", "7", 0644, "app.ini", nullptr},
+        {"not listed", "Other~Por", "7", 0644, "app.ini", "the entry may not be written"},
+        {"empty list", "", "7", 0644, "app.ini", "the entry may not be written"},
+        {"read-only", nullptr, "7", 0444, "app.ini", "the definition file is read-only"},
+        {"found elsewhere", nullptr, "7", 0644, "elsewhere.ini", "the definition file is not in the working directory"},
+    };
+    for (const Case &c : cases) {
+        const std::string before = "|\nPort|n|80\nTail|n|end\n";
+        chmod("app.ini", 0644);
+        dir_.Write("app.ini", before);
+        ASSERT_EQ(chmod("app.ini", c.mode), 0);
+        Record(0, c.recorded, '|');
+        InputList l;
+        l.Add("Port", 'n');
+        l.Add("SetIniValue");
+        l.Add("ErrorText");
+        if (c.writable != nullptr) l.Add("SetIniValueNames", 'n', c.writable);
+        // A request cannot widen the list of writable names.
+        Assign(l, {"Port=" + c.value, "SetIniValue=Port", "SetIniValueNames=Port"});
+        const bool saved = c.reason == nullptr;
+        EXPECT_EQ(Read("app.ini"), saved ? "|\nPort|n|" + c.value + "\nTail|n|end\n" : before) << c.what;
+        EXPECT_EQ(ValuesOf(l, "ErrorText"),
+                  saved ? Texts{} : Texts{std::string("SetIniValue: Port was not saved (") + c.reason + ")"})
+            << c.what;
+        std::free(_IniFilename[0]);
+        _IniFilename[0] = nullptr;
+    }
 }
 
 }  // namespace

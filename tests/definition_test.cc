@@ -161,13 +161,13 @@ TEST_F(DefinitionTest, LongInMemoryLineGrowsTheBuffer) {
     EXPECT_EQ(page.Text(), "");
 }
 
-TEST_F(DefinitionTest, SecondFormReadsLongInMemoryLinesInPieces) {
-    // 4095 bytes a piece: the rest of the line comes as lines of its own.
-    const std::string line = "Long|n|" + std::string(10000, 'x');
+TEST_F(DefinitionTest, SecondFormDropsTheRestOfLongInMemoryLines) {
+    // 4095 bytes count; the rest never becomes a line of its own.
+    const std::string line = "Long|n|" + std::string(10000, 'x') + "Planted|n|y";
     ASSERT_EQ(Read2(Block({"|", line})), 0);
     ASSERT_EQ(owned.count(), 1);
     EXPECT_EQ(owned.list()[0].Vorgabe, std::string(4095 - 7, 'x'));
-    EXPECT_EQ(page.Text(), Message("", 3, "Name") + Message("", 3, "Name"));
+    EXPECT_EQ(page.Text(), "");
 }
 
 // --- from files
@@ -223,13 +223,15 @@ TEST_F(DefinitionFileTest, DirectoryOfThatNameFails) {
     EXPECT_EQ(owned.count(), 0);
 }
 
-TEST_F(DefinitionFileTest, LongFileLineIsReadInPieces) {
-    tree.Write("App.ini", "|\nLong|n|" + std::string(5000, 'x') + "\nNext|n|1\n");
+// The attack of a long saved value: its tail must not become an entry.
+TEST_F(DefinitionFileTest, RestOfALongFileLineIsDropped) {
+    tree.Write("App.ini", "|\nLong|n|" + std::string(4084, 'A') + "Ersetzungsanfang|n|[\nNext|n|1\n");
     ASSERT_EQ(ErmittleEingabe("App", &owned.list(), &owned.count(), nullptr, 0), 0);
     ASSERT_EQ(owned.count(), 2);
-    EXPECT_EQ(owned.list()[0].Vorgabe, std::string(4095 - 7, 'x'));
+    EXPECT_EQ(owned.list()[0].Vorgabe, std::string(4084, 'A') + std::string("Ersetzungsanfang|n|[").substr(0, 4))
+        << "cut at 4095 bytes";
     EXPECT_STREQ(owned.list()[1].Name, "Next");
-    EXPECT_EQ(page.Text(), Message("App.ini", 3, "Name"));
+    EXPECT_EQ(page.Text(), "");
 }
 
 TEST_F(DefinitionFileTest, EmptySeparatorLineFindsNoNames) {

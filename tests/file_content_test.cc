@@ -65,17 +65,41 @@ TEST(FileContent, MissingFileAndArguments) {
     EXPECT_EQ(ChangeFileContent(file.c_str(), nullptr, "v", "\n", 1), -1);
 }
 
-TEST(FileContent, ReplacementKeepsModeAndLeavesNoTemporaryFile) {
-    TempDir dir;
-    const std::string path = dir.Write("f.ini", "k=1\n");
-    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
-    ASSERT_EQ(ChangeFileContent(path.c_str(), "k=", "2", "\n", 1), 0);
-    struct stat info;
-    ASSERT_EQ(stat(path.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777, 0640u);
-    int files = 0;
-    for (const auto &entry : std::filesystem::directory_iterator(dir.path())) files += entry.is_regular_file();
-    EXPECT_EQ(files, 1);
+// What a write leaves: the mode kept, no temporary file, an abandoned temporary file of a killed writer removed, a
+// read-only file refused, a symbolic link written through to its target.
+TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
+    struct Case {
+        const char *what;
+        mode_t mode;
+        bool link;
+        bool abandoned;  // a temporary file of a writer that died lies beside
+        int result;
+    };
+    const Case cases[] = {
+        {"plain", 0640, false, false, 0},
+        {"abandoned temporary", 0600, false, true, 0},
+        {"read-only", 0444, false, false, -1},
+        {"through a link", 0644, true, false, 0},
+    };
+    for (const Case &c : cases) {
+        TempDir dir;
+        const std::string real = dir.Write("real/f.ini", "k=1\n");
+        ASSERT_EQ(chmod(real.c_str(), c.mode), 0);
+        const std::string path = c.link ? dir.path() + "/f.ini" : real;
+        if (c.link) ASSERT_EQ(symlink("real/f.ini", path.c_str()), 0);
+        if (c.abandoned) dir.Write("real/.f.ini.Ab12Cd.tmp", std::string(100000, 'x'));
+        EXPECT_EQ(ChangeFileContent(path.c_str(), "k=", "2", "\n", 1), c.result) << c.what;
+        struct stat info;
+        ASSERT_EQ(lstat(real.c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 07777, c.mode) << c.what;
+        std::ifstream in(real);
+        std::string line;
+        std::getline(in, line);
+        EXPECT_EQ(line, c.result == 0 ? "k=2" : "k=1") << c.what;
+        EXPECT_EQ(std::filesystem::is_symlink(path), c.link) << c.what;
+        for (const auto &entry : std::filesystem::directory_iterator(dir.path() + "/real"))
+            EXPECT_NE(entry.path().extension(), ".tmp") << c.what;
+    }
 }
 
 TEST(FileContent, ErweitereBlock) {
