@@ -45,6 +45,11 @@ TEST(KxPage, ReportsWhatIsMissing) {
         {dir.path() + "/none.htm", 1, "kxpage: cannot open template " + dir.path() + "/none.htm\n"},
         {"--app nothere " + page, 1, "kxpage: no application definition for nothere\n"},
         {"--app " + dir.path() + "/none.ini " + page, 1, "kxpage: no application definition for"},
+        // Names that would be read as a definition in memory, past their end.
+        {"--app '~" + std::string(300, 'x') + "' " + page, 1, "kxpage: no application definition for ~xx"},
+        {"--query 'Application=%2e%2e%2fetc%2fpasswd' " + page, 1,
+         "kxpage: no application definition for ../etc/passwd\n"},
+        {"--query 'Application=%7Cx' " + page, 1, "kxpage: no application definition for |x\n"},
     };
     for (const Case &c : cases) {
         const Outcome outcome = RunPageTool(c.arguments);

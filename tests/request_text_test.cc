@@ -116,4 +116,15 @@ INSTANTIATE_TEST_SUITE_P(Paths, BasenameTest, ::testing::Values(
 
 TEST(Basename, NullPath) { EXPECT_EQ(HTMLBasename(nullptr), nullptr); }
 
+TEST(ApplicationName, OnlyPlainNamesPass) {
+    const std::string longest(KX_APPLICATION_NAME_MAX, 'a');
+    const struct { std::string name; int accepted; } cases[] = {
+        {"console", 1}, {"Traps2", 1}, {"my-app_1.v2", 1}, {"9", 1}, {longest, 1}, {longest + "a", 0},
+        {"", 0}, {"~xxxx", 0}, {"|", 0}, {"%2e%2e", 0}, {"../etc/passwd", 0}, {"a/b", 0}, {"a\\b", 0},
+        {".hidden", 0}, {"-x", 0}, {"a b", 0}, {"\xA7x", 0}, {"caf\xC3\xA9", 0},
+    };
+    for (const auto &c : cases) EXPECT_EQ(KXIsApplicationName(c.name.c_str()), c.accepted) << c.name;
+    EXPECT_EQ(KXIsApplicationName(nullptr), 0);
+}
+
 }  // namespace

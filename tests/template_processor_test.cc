@@ -2,6 +2,8 @@
 // mode, each an input page, an input list and the exact output.
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -182,6 +184,22 @@ TEST_F(Processor, UnbalancedAndDeepTemplates) {
     const std::string nested = "{user" + open + "a" + close + "}\n";
     EXPECT_FALSE(Page(nested).empty());
     EXPECT_FALSE(Evaluate(("{DEFINE d " + open + "user" + close + "}").c_str()).empty());
+}
+
+// Nested selections evaluate their inner texts again at each level: the
+// line's budget of evaluations keeps the two inputs that once took minutes
+// to a few hundred evaluations, and leaves shallow nesting whole.
+TEST_F(Processor, NestedSelectionsStayWithinTheLineBudget) {
+    for (const char *seed : {"timeout_nested_selections", "timeout_nested_selection_lists"}) {
+        const std::string path = std::string(KX_SOURCE_DIR) + "/fuzz/seeds/template_file/" + seed;
+        std::ifstream in(path);
+        const std::string content((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        EXPECT_EQ(PageAt(path), content) << seed << " is left as it stands";
+    }
+    SetList("Names", {"a", "b"});
+    SetList("Role", {"web", "storage"});
+    Set("Which", "storage");
+    EXPECT_EQ(Page("{Names[{Role[{Which}]}]} {Names[{Role[web|storage]}]}\n"), "b b\n");
 }
 
 }  // namespace
