@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "input/eingabe/html_escape.h"
 #include "input/keywords.h"
 #include "input/request_internal.h"
 
@@ -26,7 +27,8 @@ std::size_t Find(std::string_view line, std::string_view separator, std::size_t 
 
 void Report(const DefinitionTarget &target, int lineNumber, std::string_view separator,
             const char *missing) {
-    const std::string source(target.sourceName);
+    // The name may come from the request: it is shown escaped.
+    const std::string source = input::HtmlEscaped(target.sourceName);
     const std::string shownSeparator(separator);
     std::fprintf(PageStream(),
                  "<! ErmittleEingabe: Fehler in '%s' Zeile '%d': Kein '%s' hinter '%s'gefunden>\n",

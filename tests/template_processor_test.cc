@@ -137,6 +137,23 @@ TEST_F(Processor, UndefinedMarkersCopyTheText) {
 TEST_F(Processor, MissingTemplate) {
     const std::string path = dir_.path() + "/none.htm";
     EXPECT_EQ(PageAt(path), path + " konnte nicht geoeffnet werden\n");
+    const std::string reflected = dir_.path() + "/<script>x'\".htm";
+    EXPECT_EQ(PageAt(reflected), dir_.path() + "/&lt;script&gt;x&#39;&quot;.htm konnte nicht geoeffnet werden\n");
+}
+
+// "EscapeHtml" in the definition: values, their URL form and control
+// results escaped; template text and "<nil>" as they were. A
+// request cannot turn it off: only the default counts.
+TEST_F(Processor, EscapeHtmlFromTheDefinition) {
+    const std::string page =
+        "<p title=\"{v}\">{v} {{v}} {unset} {v}{=_stringn._this==x?yes:_this}</p>\n";
+    Set("v", "<script>'&\"");
+    EXPECT_EQ(Page(page), "<p title=\"<script>'&\"\"><script>'&\" <script%3E%27%26%22 <nil> "
+                          "<script>'&\"</p>\n") << "off by default";
+    Declare("EscapeHtml", "yes");
+    Set("EscapeHtml", "no");
+    EXPECT_EQ(Page(page), "<p title=\"&lt;script&gt;&#39;&amp;&quot;\">&lt;script&gt;&#39;&amp;&quot; "
+                          "&lt;script%3E%27%26%22 <nil> &lt;script&gt;&#39;&amp;&quot;</p>\n");
 }
 
 TEST_F(Processor, DeleteCopyrightWithEachOpener) {
