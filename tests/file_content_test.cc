@@ -1,6 +1,9 @@
 // ChangeFileContent, ErweitereBlock and the whole-file operations under them.
 #include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -65,21 +68,24 @@ TEST(FileContent, MissingFileAndArguments) {
     EXPECT_EQ(ChangeFileContent(file.c_str(), nullptr, "v", "\n", 1), -1);
 }
 
-// What a write leaves: the mode kept, no temporary file, an abandoned temporary file of a killed writer removed, a
+// What a write leaves: the mode kept, no temporary file, one of a writer that
+// died removed while one still being written (its lock held) stays, a
 // read-only file refused, a symbolic link written through to its target.
 TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
+    enum Other { kNone, kAbandoned, kLive };  // another writer's temporary file
     struct Case {
         const char *what;
         mode_t mode;
         bool link;
-        bool abandoned;  // a temporary file of a writer that died lies beside
+        Other other;
         int result;
     };
     const Case cases[] = {
-        {"plain", 0640, false, false, 0},
-        {"abandoned temporary", 0600, false, true, 0},
-        {"read-only", 0444, false, false, -1},
-        {"through a link", 0644, true, false, 0},
+        {"plain", 0640, false, kNone, 0},
+        {"abandoned temporary", 0600, false, kAbandoned, 0},
+        {"temporary being written", 0600, false, kLive, 0},
+        {"read-only", 0444, false, kNone, -1},
+        {"through a link", 0644, true, kNone, 0},
     };
     for (const Case &c : cases) {
         TempDir dir;
@@ -87,8 +93,11 @@ TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
         ASSERT_EQ(chmod(real.c_str(), c.mode), 0);
         const std::string path = c.link ? dir.path() + "/f.ini" : real;
         if (c.link) ASSERT_EQ(symlink("real/f.ini", path.c_str()), 0);
-        if (c.abandoned) dir.Write("real/.f.ini.Ab12Cd.tmp", std::string(100000, 'x'));
+        const std::string other = c.other != kNone ? dir.Write("real/.f.ini.Ab12Cd.tmp", "partial") : "";
+        const int held = c.other == kLive ? open(other.c_str(), O_RDONLY) : -1;
+        if (held >= 0) ASSERT_EQ(flock(held, LOCK_EX), 0);
         EXPECT_EQ(ChangeFileContent(path.c_str(), "k=", "2", "\n", 1), c.result) << c.what;
+        if (held >= 0) close(held);
         struct stat info;
         ASSERT_EQ(lstat(real.c_str(), &info), 0);
         EXPECT_EQ(info.st_mode & 07777, c.mode) << c.what;
@@ -97,8 +106,10 @@ TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
         std::getline(in, line);
         EXPECT_EQ(line, c.result == 0 ? "k=2" : "k=1") << c.what;
         EXPECT_EQ(std::filesystem::is_symlink(path), c.link) << c.what;
+        int temporary = 0;
         for (const auto &entry : std::filesystem::directory_iterator(dir.path() + "/real"))
-            EXPECT_NE(entry.path().extension(), ".tmp") << c.what;
+            temporary += entry.path().extension() == ".tmp";
+        EXPECT_EQ(temporary, c.other == kLive ? 1 : 0) << c.what;
     }
 }
 
