@@ -158,6 +158,17 @@ TEST_F(Console, TemporaryFilesAreNeitherServedNorKept) {
     EXPECT_FALSE(std::filesystem::exists(abandoned)) << "the next save removes what a killed writer left";
 }
 
+// The library's messages about a faulty definition come after the header.
+TEST_F(Console, DefinitionMessagesFollowTheHeader) {
+    const std::string definition = Definition();
+    std::ofstream(server_->www() + "/console.ini", std::ios::app) << "broken line\n";
+    const HttpReply reply = server_->Get("/console.cgi?Application=console");
+    std::ofstream(server_->www() + "/console.ini") << definition;
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_EQ(reply.body.rfind("<! ErmittleEingabe: Fehler in 'console.ini'", 0), 0u) << reply.body.substr(0, 200);
+    EXPECT_TRUE(Contains(reply, "</html>"));
+}
+
 TEST_F(Console, BadRequestsGetAPageAndTheServerKeepsServing) {
     struct Case { std::string target; int status; const char *text; };
     const Case cases[] = {
