@@ -282,6 +282,7 @@ TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
 // file, and at the end every value holds its last save: no update is lost.
 TEST_F(DefinitionFiles, ConcurrentSavesLoseNoUpdate) {
     constexpr int kWriters = 8, kWrites = 60;
+    constexpr size_t kPadding = 40;  // values of different lengths move the lines
     std::string content = "|\n";
     for (int c = 0; c < kWriters; ++c) content += "K" + std::to_string(c) + "|n|0\n";
     dir_.Write("app.ini", content + "Tail|n|end\n");
@@ -299,7 +300,7 @@ TEST_F(DefinitionFiles, ConcurrentSavesLoseNoUpdate) {
             InputList l;
             l.Add(key.c_str(), 'n');
             l.Add("SetIniValue");
-            Assign(l, {key + "=" + std::to_string(i) + std::string(i % 40, 'x'), "SetIniValue=" + key});
+            Assign(l, {key + "=" + std::to_string(i) + std::string(static_cast<size_t>(i) % kPadding, 'x'), "SetIniValue=" + key});
         }
         _exit(0);
     }
@@ -310,7 +311,7 @@ TEST_F(DefinitionFiles, ConcurrentSavesLoseNoUpdate) {
         for (pid_t child : children) alive += waitpid(child, nullptr, WNOHANG) == 0 ? 1 : 0;
     }
     for (pid_t child : children) waitpid(child, nullptr, 0);
-    const std::string last = std::to_string(kWrites) + std::string(kWrites % 40, 'x');
+    const std::string last = std::to_string(kWrites) + std::string(kWrites % kPadding, 'x');
     std::string expected = "|\n";
     for (int c = 0; c < kWriters; ++c) expected += "K" + std::to_string(c) + "|n|" + last + "\n";
     EXPECT_EQ(Read("app.ini"), expected + "Tail|n|end\n");
