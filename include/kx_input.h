@@ -233,8 +233,9 @@ static inline int KXIsApplicationName(const char *name) {
  * KXIsApplicationName first. settings is a block of settingsCount
  * "name=value" texts laid end to end, or NULL. Adds or updates entries (the
  * list may be reallocated; its texts belong to the list) and sets the keyword
- * index globals. Faulty lines are reported into the page as "<! ...>"
- * comments, so a CGI program sends its header before calling it. Returns 0,
+ * index globals. Of a file line longer than 4095 bytes only the first 4095
+ * count (the rest is passed over). Faulty lines are reported into the page
+ * as "<! ...>" comments, so a CGI program sends its header before calling it. Returns 0,
  * or 1 when nothing could be read (the list is then unchanged). */
 KX_API int ErmittleEingabe(const char *application, EingabeElement **list, int *count,
                            const char *settings, int settingsCount);
