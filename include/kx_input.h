@@ -202,15 +202,41 @@ KX_API extern int _UtilsWhat;
 /* Longest path the library builds, terminating NUL included. */
 #define KX_PATH_SIZE 4096
 
+/* Longest application name KXIsApplicationName accepts. */
+#define KX_APPLICATION_NAME_MAX 128
+
+/* 1 when name may be handed to ErmittleEingabe/ErmittleEingabe2 as an
+ * application name, 0 otherwise (NULL included). Check every name that comes
+ * from a request or a command line with it, after URL-decoding: an accepted
+ * name has 1 to KX_APPLICATION_NAME_MAX bytes, begins with an ASCII letter or
+ * digit and holds only letters, digits, ".", "_" and "-", so it is never read
+ * as a definition in memory (a text that begins with a marker byte is read as
+ * such a block up to its empty line, past the end of a plain text) and never
+ * names a path. Allocates nothing. */
+static inline int KXIsApplicationName(const char *name) {
+    int length = 0;
+    if (name == NULL) return 0;
+    for (; name[length] != '\0'; ++length) {
+        const char c = name[length];
+        const int alnum = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+        if (length >= KX_APPLICATION_NAME_MAX || (!alnum && (length == 0 || (c != '.' && c != '_' && c != '-'))))
+            return 0;
+    }
+    return length > 0;
+}
+
 /* Reads an application definition into the list: application is either a
  * definition text in memory (its first character one of ~ | blank & % $ \xA7
  * ! " ^ #; NUL-terminated lines, an empty one ends it) or an application name,
  * decoded and reduced to its base name, whose file "<name>.ini" is searched
- * with SearchForFile. settings is a block of settingsCount "name=value" texts
- * laid end to end, or NULL. Adds or updates entries (the list may be
- * reallocated; its texts belong to the list) and sets the keyword index
- * globals. Faulty lines are reported into the page as "<! ...>" comments.
- * Returns 0, or 1 when nothing could be read (the list is then unchanged). */
+ * with SearchForFile. A name from a request or a command line must pass
+ * KXIsApplicationName first. settings is a block of settingsCount
+ * "name=value" texts laid end to end, or NULL. Adds or updates entries (the
+ * list may be reallocated; its texts belong to the list) and sets the keyword
+ * index globals. Of a file line longer than 4095 bytes only the first 4095
+ * count (the rest is passed over). Faulty lines are reported into the page
+ * as "<! ...>" comments, so a CGI program sends its header before calling it. Returns 0,
+ * or 1 when nothing could be read (the list is then unchanged). */
 KX_API int ErmittleEingabe(const char *application, EingabeElement **list, int *count,
                            const char *settings, int settingsCount);
 

@@ -27,7 +27,12 @@ KX_EXTERN_C_BEGIN
  * startIndex/endIndex: indices of the entries holding the start and end
  * markers, -1 when not defined (the text then holds no placeholders).
  * pCount/pList: the caller's count and list variables; entries are added
- * through them (the list may move). Re-entrant: all state is kept per call. */
+ * through them (the list may move). Re-entrant: all state is kept per call.
+ * A definition entry "EscapeHtml" whose default begins with "y" makes file
+ * mode write every value HTML-escaped (& < > " '). Nested evaluations
+ * (MatchIt, inline controls) may spend 128 plus one per two bytes of each
+ * line; beyond that, and beyond 48 levels, a nested text is left as it
+ * stands. */
 KX_API void ErsetzeUndGebeHtmlDateiAus(const char *nameOrText, char **result, int startIndex,
                                        int endIndex, int *pCount, EingabeElement **pList);
 
@@ -99,7 +104,11 @@ KX_API int SubstringCompareGreater(const char *left, const char *right);
  * ("Server3=") add values; a button word (Save, Open, Delete, Reset, Submit)
  * sets its entry to "on". Elements that match no entry are dropped. On the
  * first call for a list (no entry "PLSet" yet) also carries out "MibPath",
- * "ParameterList" and "SetIniValue". Returns the Name of the entry of the last
+ * "ParameterList" and "SetIniValue". "SetIniValue" writes only the names
+ * listed (separated by "~") in the default of an entry "SetIniValueNames"
+ * when the list has one, and only values whose definition line stays within
+ * 4093 bytes; a save that does not happen is reported in the entry
+ * "ErrorText" when the list has one. Returns the Name of the entry of the last
  * button pressed (owned by the list, not a copy), or NULL. */
 KX_API char *WertzuweisungEingabe(int count, const char *text, int *pCount, EingabeElement **pList,
                                   const char *divider);
@@ -107,9 +116,11 @@ KX_API char *WertzuweisungEingabe(int count, const char *text, int *pCount, Eing
 /* Replaces, in the file at path, what follows the first occurrence of key up
  * to the first byte of the first stopSetLength bytes of stopSet, by text
  * (nothing when NULL). The file is replaced as a whole (a new file renamed
- * over it), never left half-written. Returns 0 when it was written, -1 when
- * the file is missing or unreadable, key is absent, no stop byte follows the
- * key or the write failed (the file is then unchanged). */
+ * over it), never left half-written, under a lock file ".<name>.lock" beside
+ * it, so that concurrent changes are serialised. Returns 0 when it was
+ * written, -1 when the file is missing or unreadable, key is absent, no stop
+ * byte follows the key, the lock did not come within 5 seconds or the write
+ * failed (read-only file included; the file is then unchanged). */
 KX_API int ChangeFileContent(const char *path, const char *key, const char *text,
                              const char *stopSet, int stopSetLength);
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "input/eingabe/html_escape.h"
 #include "input/keywords.h"
 #include "input/request_internal.h"
 
@@ -26,7 +27,8 @@ std::size_t Find(std::string_view line, std::string_view separator, std::size_t 
 
 void Report(const DefinitionTarget &target, int lineNumber, std::string_view separator,
             const char *missing) {
-    const std::string source(target.sourceName);
+    // The name may come from the request: it is shown escaped.
+    const std::string source = input::HtmlEscaped(target.sourceName);
     const std::string shownSeparator(separator);
     std::fprintf(PageStream(),
                  "<! ErmittleEingabe: Fehler in '%s' Zeile '%d': Kein '%s' hinter '%s'gefunden>\n",
@@ -73,19 +75,21 @@ void SetKindAndDefault(EingabeElement &entry, char kind, std::string_view defaul
 
 std::optional<std::string_view> FileLines::Next() {
     if (std::fgets(buffer_.data(), static_cast<int>(buffer_.size()), file_) == nullptr) return std::nullopt;
-    return std::string_view(buffer_.data(), std::strlen(buffer_.data()));
+    const std::size_t length = std::strlen(buffer_.data());
+    // A full buffer without the line end: pass over the rest of the line.
+    if (length == kLineLimit && buffer_[length - 1] != '\n') {
+        int ch;
+        do ch = std::fgetc(file_);
+        while (ch != '\n' && ch != EOF);
+    }
+    return std::string_view(buffer_.data(), length);
 }
 
 std::optional<std::string_view> BlockLines::Next() {
     const std::string_view text(next_);
-    if (offset_ == 0 && text.empty()) return std::nullopt;
-    const std::string_view piece = text.substr(offset_, pieceLimit_);
-    offset_ += piece.size();
-    if (offset_ >= text.size()) {
-        next_ += text.size() + 1;
-        offset_ = 0;
-    }
-    return piece;
+    if (text.empty()) return std::nullopt;
+    next_ += text.size() + 1;
+    return text.substr(0, pieceLimit_);
 }
 
 std::string SeparatorOf(std::string_view firstLine) { return std::string(CutAtLineEnd(firstLine)); }

@@ -18,6 +18,9 @@ namespace kx::request {
 // Bytes of the line buffer; one read takes at most kLineLimit bytes.
 inline constexpr std::size_t kLineBufferSize = 4096;
 inline constexpr std::size_t kLineLimit = kLineBufferSize - 1;
+// The longest definition line a writer may write: it is read back as one
+// line even with a CR and LF after it.
+inline constexpr std::size_t kLongestWrittenLine = kLineLimit - 2;
 
 // Where definition lines come from. The first line is the separator line.
 class LineSource {
@@ -27,8 +30,10 @@ public:
     virtual std::optional<std::string_view> Next() = 0;
 };
 
-// Lines of a file, at most kLineLimit bytes per read: a longer line comes in
-// pieces, each taken as a line. A line ends at its first NUL byte.
+// Lines of a file, at most kLineLimit bytes per read. Of a longer line only
+// its first kLineLimit bytes count: the rest is passed over, so that a long
+// default can never bring a line of its own into the definition. A line ends
+// at its first NUL byte.
 class FileLines final : public LineSource {
 public:
     explicit FileLines(std::FILE *file) : file_(file) {}
@@ -40,7 +45,7 @@ private:
 };
 
 // The texts of an in-memory block, up to the first empty text. With a piece
-// limit, a longer text comes in pieces of that many bytes, as from a file.
+// limit, only that many bytes of a longer text count, as from a file.
 class BlockLines final : public LineSource {
 public:
     BlockLines(const char *block, std::size_t pieceLimit) : next_(block), pieceLimit_(pieceLimit) {}
@@ -49,7 +54,6 @@ public:
 private:
     const char *next_;
     std::size_t pieceLimit_;
-    std::size_t offset_ = 0;  // bytes of the current text already given out
 };
 
 // The list being filled and the name messages give for the definition.

@@ -1,8 +1,11 @@
 // Services around the request text: finding a key's value in a query,
 // reading posted data, and cutting a range of elements out of a text.
+#include <fcntl.h>
 #include <sys/select.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -34,23 +37,66 @@ const char *KeyValue(const char *query, const char *key, const char *assign) {
     return std::string_view(query).starts_with(atStart) ? query + atStart.size() : nullptr;
 }
 
-// Waits until standard input is readable; false when the wait ran out (or
-// was interrupted).
-bool StandardInputReadable() {
+using Clock = std::chrono::steady_clock;
+
+// Waits until fd is readable; false when the deadline passed first (or the
+// wait was interrupted).
+bool ReadableBefore(int fd, Clock::time_point deadline) {
+    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
+    if (left <= 0) return false;
     fd_set readable;
     FD_ZERO(&readable);
-    FD_SET(0, &readable);
-    timeval wait{kPostedWaitSeconds, 0};
-    return select(1, &readable, nullptr, nullptr, &wait) > 0;
+    FD_SET(fd, &readable);
+    timeval wait{static_cast<time_t>(left / 1'000'000), static_cast<suseconds_t>(left % 1'000'000)};
+    return select(fd + 1, &readable, nullptr, nullptr, &wait) > 0;
 }
 
-// Reads the rest of stream after its first byte; the buffer grows by step
+// Bytes of a stream, each waited for until one deadline for the whole read:
+// a client that sends a first byte and then falls silent cannot hold the
+// program. The stream's descriptor reads without blocking meanwhile; a
+// stream without a descriptor (in memory) never blocks anyway.
+class TimedReader {
+public:
+    TimedReader(std::FILE *stream, Clock::time_point deadline)
+        : stream_(stream), fd_(fileno(stream)), deadline_(deadline) {
+        flags_ = fd_ >= 0 ? fcntl(fd_, F_GETFL) : -1;
+        if (flags_ >= 0) fcntl(fd_, F_SETFL, flags_ | O_NONBLOCK);
+    }
+    ~TimedReader() {
+        if (flags_ >= 0) fcntl(fd_, F_SETFL, flags_);
+    }
+    TimedReader(const TimedReader &) = delete;
+    TimedReader &operator=(const TimedReader &) = delete;
+
+    // The next byte; EOF at the end of the input or when time ran out.
+    int Next() {
+        for (;;) {
+            std::clearerr(stream_);
+            const int ch = std::fgetc(stream_);
+            if (ch != EOF || !std::ferror(stream_) || (errno != EAGAIN && errno != EWOULDBLOCK)) return ch;
+            if (!ReadableBefore(fd_, deadline_)) {
+                timedOut_ = true;
+                return EOF;
+            }
+        }
+    }
+    bool TimedOut() const { return timedOut_; }
+
+private:
+    std::FILE *stream_;
+    int fd_;
+    int flags_ = -1;
+    Clock::time_point deadline_;
+    bool timedOut_ = false;
+};
+
+// Reads the rest of the input after its first byte; the buffer grows by step
 // bytes whenever only the place for the NUL is left. Null when memory runs out.
-char *ReadAll(std::FILE *stream, int firstByte, std::size_t step, std::size_t &length) {
+char *ReadAll(TimedReader &reader, int firstByte, std::size_t step, std::size_t &length) {
     std::size_t size = step;
     auto *buffer = static_cast<char *>(std::malloc(size));
     length = 0;
-    for (int ch = firstByte; buffer != nullptr && ch != EOF; ch = std::fgetc(stream)) {
+    for (int ch = firstByte; buffer != nullptr && ch != EOF; ch = reader.Next()) {
         if (length == size - 1) {
             size = std::min(size + step, kMaxPostedLength + 1);
             auto *grown = static_cast<char *>(std::realloc(buffer, size));
@@ -65,17 +111,26 @@ char *ReadAll(std::FILE *stream, int firstByte, std::size_t step, std::size_t &l
     return buffer;
 }
 
+// The wait of kPostedWaitSeconds covers the whole read, not only the first
+// byte: input that stops coming before its end gives null, as none at all.
 char *PostedInformation(int initialSize, std::FILE *stream, int *length) {
     if (stream == nullptr) stream = stdin;
-    if (!StandardInputReadable()) return nullptr;
-    const int firstByte = std::fgetc(stream);
-    if (firstByte == EOF) {
+    const Clock::time_point deadline = Clock::now() + std::chrono::seconds(kPostedWaitSeconds);
+    if (!ReadableBefore(0, deadline)) return nullptr;
+    TimedReader reader(stream, deadline);
+    const int firstByte = reader.Next();
+    if (firstByte == EOF && !reader.TimedOut()) {
         if (length != nullptr) *length = 0;
         return nullptr;
     }
+    if (firstByte == EOF) return nullptr;
     const std::size_t step = initialSize > 0 ? static_cast<std::size_t>(initialSize) : kDefaultPostedSize;
     std::size_t read = 0;
-    char *buffer = ReadAll(stream, firstByte, step, read);
+    char *buffer = ReadAll(reader, firstByte, step, read);
+    if (buffer != nullptr && reader.TimedOut()) {
+        std::free(buffer);
+        return nullptr;
+    }
     if (buffer != nullptr && length != nullptr) *length = static_cast<int>(read);
     return buffer;
 }

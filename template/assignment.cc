@@ -1,13 +1,13 @@
 // WertzuweisungEingabe: name=value assignments from a request or from the
 // selection form, stored into the input list.
 #include <algorithm>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
 
+#include "input/eingabe/value_appender.h"
 #include "kx_input.h"
 #include "kx_template.h"
 #include "template/assignment_actions.h"
@@ -23,9 +23,6 @@ constexpr std::string_view kButtonWords[] = {"Save", "Open", "Delete", "Reset", 
 constexpr std::string_view kEncodedEquals = "^i^g^";
 constexpr char kButtonValue[] = "on";
 constexpr char kDefaultDivider[] = " ";
-// An entry's values never grow beyond what the int lengths of a block carry.
-constexpr size_t kMaxValueBytes = INT_MAX;
-constexpr int kMaxValueCount = INT_MAX;
 
 // One element: its name (with "^i^g^" turned back into "="), then "=" and
 // the value as it was sent.
@@ -108,20 +105,6 @@ void SetValues(EingabeElement &entry, const Values &values) {
     if (!ValueCursor(entry).OnValue()) entry.WertPosition = 0;
 }
 
-// Adds the values after the entry's present ones; dropped when the entry
-// would outgrow its limits or memory runs out.
-void AppendValues(EingabeElement &entry, const Values &values) {
-    const size_t present = ValueBytes(entry);
-    if (present > kMaxValueBytes - values.bytes.size() || entry.WertGesetzt > kMaxValueCount - values.count) return;
-    char *block = ErweitereBlock(entry.Wert, static_cast<int>(present), values.bytes.data(),
-                                 static_cast<int>(values.bytes.size()), nullptr, 0);
-    if (block == nullptr) return;
-    std::free(entry.Wert);
-    entry.Wert = block;
-    entry.WertGesetzt += values.count;
-    if (!ValueCursor(entry).OnValue()) entry.WertPosition = 0;
-}
-
 // The entry an element belongs to, or count. *append tells whether it adds
 // values (kinds 'm' and 'c', indexed names) or replaces them.
 int FindEntry(const Assignment &a, const EingabeElement *list, int count, bool *append) {
@@ -143,17 +126,22 @@ int FindEntry(const Assignment &a, const EingabeElement *list, int count, bool *
 }
 
 // Stores one element; returns the Name of its entry when it was a button press.
-char *AssignElement(std::string_view raw, EingabeElement *list, int count, std::string_view divider) {
+char *AssignElement(std::string_view raw, EingabeElement *list, int count, std::string_view divider,
+                    input::ValueAppender &appender) {
     const Assignment a = ParseElement(raw);
     bool append = false;
     const int index = FindEntry(a, list, count, &append);
     if (index >= count) return nullptr;
     EingabeElement &entry = list[index];
     const Values values = NewValues(a, entry.Art, divider);
-    if (append)
-        AppendValues(entry, values);
-    else
+    // Values are added in amortised constant time: a request may repeat one
+    // indexed name many thousand times.
+    if (append) {
+        appender.Append(entry, values.bytes, values.count);
+    } else {
+        appender.Forget(entry);
         SetValues(entry, values);
+    }
     return a.button ? entry.Name : nullptr;
 }
 
@@ -162,16 +150,18 @@ char *Assign(int count, const char *text, int *pCount, EingabeElement **pList, c
     if (pCount == nullptr || pList == nullptr) return nullptr;
     const std::string_view split = (divider != nullptr && *divider != '\0') ? divider : kDefaultDivider;
     char *pressed = nullptr;
+    input::ValueAppender appender;
     const char *element = text;
     for (int i = 0; element != nullptr && i < count; ++i) {
         const std::string_view raw(element);
-        if (char *name = AssignElement(raw, *pList, *pCount, split)) pressed = name;
+        if (char *name = AssignElement(raw, *pList, *pCount, split, appender)) pressed = name;
         element += raw.size() + 1;
     }
     if (!DeclarePLSet(pCount, pList, split)) return pressed;
+    const WritableNames writable = WritableNamesOf(*pList, *pCount);
     ApplyMibPath(*pList, *pCount);
     ApplyParameterList(pCount, pList, split);
-    ApplySetIniValue(*pList, *pCount);
+    ApplySetIniValue(*pList, *pCount, writable);
     return pressed;
 }
 

@@ -1,11 +1,13 @@
 // The requests a page makes through reserved entries: "PLSet", "MibPath",
 // "ParameterList" and "SetIniValue".
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
 
 #include "companion/libKXsnmp.h"
+#include "input/definition_reader.h"
 #include "kx_input.h"
 #include "kx_template.h"
 #include "template/assignment_actions.h"
@@ -19,6 +21,9 @@ constexpr char kPLSetDefault[] = "yes";
 constexpr char kMibPath[] = "MibPath";
 constexpr char kParameterList[] = "ParameterList";
 constexpr char kSetIniValue[] = "SetIniValue";
+constexpr char kSetIniValueNames[] = "SetIniValueNames";
+constexpr char kWritableDivider[] = "~";
+constexpr char kErrorText[] = "ErrorText";
 constexpr std::string_view kPairSeparator = ",,";
 constexpr std::string_view kNameValueSeparator = "--";
 constexpr char kListSeparator[] = "|";
@@ -107,7 +112,67 @@ void ApplyParameterList(int *pCount, EingabeElement **pList, std::string_view di
     std::free(encoded);
 }
 
-void ApplySetIniValue(EingabeElement *list, int count) {
+bool WritableNames::Allows(std::string_view name) const {
+    if (!restricted) return true;
+    return !name.empty() && name.find(kWritableDivider) == std::string_view::npos &&
+           names.find(std::string(kWritableDivider) + std::string(name) + kWritableDivider) != std::string::npos;
+}
+
+// Only the definition's default counts: a request sets values, never defaults.
+WritableNames WritableNamesOf(const EingabeElement *list, int count) {
+    const int index = EingabewertIndex(kSetIniValueNames, const_cast<EingabeElement *>(list), count);
+    if (index >= count) return {};
+    const char *names = list[index].Vorgabe != nullptr ? list[index].Vorgabe : "";
+    return {true, std::string(kWritableDivider) + names + kWritableDivider};
+}
+
+namespace {
+
+// Why a save did not happen, in the words "ErrorText" shows.
+struct SaveFailure {
+    int error;
+    const char *text;
+};
+constexpr SaveFailure kSaveFailures[] = {
+    {EPERM, "the entry may not be written"},
+    {EFBIG, "the value is too long"},
+    {ENOENT, "the definition file is not in the working directory"},
+    {EACCES, "the definition file is read-only"},
+    {EWOULDBLOCK, "another save holds the definition file"},
+    {ESRCH, "the entry has no line of its own in the definition file"},
+};
+
+void ReportFailedSave(EingabeElement *list, int count, const char *name, int error) {
+    const char *reason = std::strerror(error);
+    for (const SaveFailure &failure : kSaveFailures)
+        if (failure.error == error) reason = failure.text;
+    const std::string text = std::string(kSetIniValue) + ": " + name + " was not saved (" + reason + ")";
+    SetEingabeWert(count, list, kErrorText, text.c_str());
+}
+
+// Writes value as the default of target into the recorded definition files,
+// the first that takes it; 0 or the reason of the last failure.
+int SaveDefault(const EingabeElement &target, const std::string &value) {
+    // A line longer than the reader reads at once would fall apart into
+    // lines of its own: such a value is refused, not cut.
+    if (target.NameLaenge + 3 + value.size() > kx::request::kLongestWrittenLine) return EFBIG;
+    int error = ENOENT;
+    for (int file = 0; file < kDefinitionFiles; ++file) {
+        if (_IniFilename[file] == nullptr) continue;
+        const std::string path = std::string("./") + _IniFilename[file];
+        if (path.size() >= kIniPathSize) continue;
+        const char sign = _IniFilenameDivideSign[file];
+        // The key starts a line, so an entry whose name ends like the target's is left alone.
+        const std::string key = std::string("\n") + target.Name + sign + target.Art + sign;
+        error = ChangeFileContentBecause(path.c_str(), key.c_str(), value.c_str(), kLineEnds, 2);
+        if (error == 0) return 0;
+    }
+    return error;
+}
+
+}  // namespace
+
+void ApplySetIniValue(EingabeElement *list, int count, const WritableNames &writable) {
     const int index = EingabewertIndex(kSetIniValue, list, count);
     if (index >= count || list[index].Wert == nullptr) return;
     const char *targetName = ValueCursor(list[index]).Current();
@@ -119,15 +184,9 @@ void ApplySetIniValue(EingabeElement *list, int count) {
     // A default ends at the line end: a line break in the value would start
     // a definition line of its own.
     const std::string value(current, std::strcspn(current, kLineEnds));
-    for (int file = 0; file < kDefinitionFiles; ++file) {
-        if (_IniFilename[file] == nullptr) continue;
-        const std::string path = std::string("./") + _IniFilename[file];
-        if (path.size() >= kIniPathSize) continue;
-        const char sign = _IniFilenameDivideSign[file];
-        // The key starts a line, so an entry whose name ends like the target's is left alone.
-        const std::string key = std::string("\n") + list[target].Name + sign + list[target].Art + sign;
-        if (ChangeFileContent(path.c_str(), key.c_str(), value.c_str(), kLineEnds, 2) >= 0) return;
-    }
+    const std::string name(list[target].Name);
+    const int error = writable.Allows(name) ? SaveDefault(list[target], value) : EPERM;
+    if (error != 0) ReportFailedSave(list, count, name.c_str(), error);
 }
 
 }  // namespace kx::tmpl

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "template/count_entries.h"
+#include "template/nesting.h"
 #include "template/entry_values.h"
 
 namespace kx::tmpl {
@@ -85,6 +86,7 @@ char *ReplayLine(Invocation &inv) {
     Body &body = level.Active();
     if (level.lineIndex >= body.lines.size()) return nullptr;
     inv.textStart = body.lines[level.lineIndex].data();
+    NestingGuard::StartLine(body.lines[level.lineIndex].size());
     return inv.textStart;
 }
 

@@ -115,6 +115,7 @@ struct Invocation {
     int passes = 0;
     int fixedCycleIndex = -1;
     bool deleteCopyright = false;
+    bool escapeHtml = false;  // file mode: values are written HTML-escaped
     bool ifPrefix = false;
     PageTexts pageTexts;
 

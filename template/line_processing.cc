@@ -6,6 +6,7 @@
 #include "kx_template.h"
 #include "template/cycle.h"
 #include "template/invocation.h"
+#include "template/nesting.h"
 #include "template/placeholder.h"
 
 namespace kx::tmpl {
@@ -126,6 +127,7 @@ char *Step(Invocation &inv, char *pos) {
 }  // namespace
 
 void ProcessText(Invocation &inv, char *text) {
+    NestingGuard::StartLine(std::strlen(text));
     inv.textStart = text;
     for (char *pos = text; pos != nullptr;) pos = Step(inv, pos);
     inv.ClearName();

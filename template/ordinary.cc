@@ -9,6 +9,7 @@
 #include <iterator>
 #include <string>
 
+#include "input/eingabe/html_escape.h"
 #include "kx_template.h"
 #include "template/cycle.h"
 #include "template/entry_values.h"
@@ -153,19 +154,29 @@ const char *FileModeValue(const Invocation &inv, const EingabeElement *entry, in
     return text != nullptr ? text : kNil;
 }
 
+// A value written into the page; escaped for HTML when the definition asks
+// for it. "<nil>" is the engine's own mark, never a value, and stays.
+void WritePlain(Invocation &inv, const char *value) {
+    if (inv.escapeHtml && value != nullptr && value != kNil)
+        inv.Write(input::HtmlEscaped(value));
+    else
+        inv.Write(value);
+}
+
 void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *owned,
                 bool image) {
     const EingabeElement *entry = EntryAt(inv.pCount, inv.pList, index);
     if (ph.doubled || image) {
         const char *value = owned != nullptr ? owned : entry != nullptr ? CurrentOf(inv, index, *entry) : nullptr;
+        // The URL form keeps "<" as it is: escaped too when asked for.
         char *encoded = ServerEncoding(value, nullptr, image ? 1 : 0, 0);
-        inv.Write(encoded);
+        WritePlain(inv, encoded);
         std::free(encoded);
     } else if (owned != nullptr) {
-        inv.Write(owned);
+        WritePlain(inv, owned);
     } else {
-        inv.Write(inv.stringMode ? StringModeValue(inv, entry, index)
-                                 : FileModeValue(inv, entry, index, ph.valueIndex));
+        WritePlain(inv, inv.stringMode ? StringModeValue(inv, entry, index)
+                                       : FileModeValue(inv, entry, index, ph.valueIndex));
     }
 }
 

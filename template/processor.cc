@@ -8,6 +8,7 @@
 #include <string>
 
 #include "companion/libKXUtils.h"
+#include "input/eingabe/html_escape.h"
 #include "kx_template.h"
 #include "template/entry_values.h"
 #include "template/invocation.h"
@@ -54,6 +55,15 @@ void TakeMarkers(Invocation &inv) {
 
 void AllocateLine(Invocation &inv, size_t inputSize) {
     inv.line.assign(std::max(kLineBufferMinimum, inputSize + kLineBufferHeadroom), '\0');
+}
+
+// "EscapeHtml": only the definition's default counts, so that no request can
+// turn the escaping off.
+bool EscapeHtmlWanted(const Invocation &inv) {
+    const int index = EingabewertIndex("EscapeHtml", *inv.pList, *inv.pCount);
+    if (index >= *inv.pCount) return false;
+    const char *text = (*inv.pList)[index].Vorgabe;
+    return text != nullptr && (*text == 'y' || *text == 'Y');
 }
 
 // "DeleteCopyright": Wert when it is set and not empty, else Vorgabe.
@@ -208,11 +218,13 @@ void RunFile(Invocation &inv) {
     TakeMarkers(inv);
     File in(std::fopen(inv.path.c_str(), "r"));
     if (in == nullptr) {
+        // The name may come from the request: it is shown escaped.
         std::fprintf(_Utilsfpout != nullptr ? _Utilsfpout : stdout,
-                     "%s konnte nicht geoeffnet werden\n", inv.path.c_str());
+                     "%s konnte nicht geoeffnet werden\n", input::HtmlEscaped(inv.path).c_str());
         return;
     }
     inv.deleteCopyright = DeleteCopyrightWanted(inv);
+    inv.escapeHtml = EscapeHtmlWanted(inv);
     Run(inv, in.get(), nullptr);
 }
 

@@ -1,6 +1,8 @@
 // WertzuweisungEingabe: request values into the input list, the page actions,
 // and ChangeFileContent and ErweitereBlock, which write definition files.
 #include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -188,36 +190,91 @@ TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
     EXPECT_EQ(ReadFile("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
 }
 
-// Two processes set the same definition value again and again; every
-// reader sees a whole file holding one of the values written.
-TEST_F(DefinitionFiles, ConcurrentWritersLeaveAWholeFile) {
-    constexpr int kWrites = 200;
-    const std::string head = "|\nPort|n|", tail = "\nTail|n|end\n";
-    dir_.Write("app.ini", head + "0" + tail);
+// Eight processes save eight different values again and again, each
+// through the whole read-modify-write of the file; every reader sees a whole
+// file, and at the end every value holds its last save: no update is lost.
+TEST_F(DefinitionFiles, ConcurrentSavesLoseNoUpdate) {
+    constexpr int kWriters = 8, kWrites = 60;
+    constexpr size_t kPadding = 40;  // values of different lengths move the lines
+    std::string content = "|\n";
+    for (int c = 0; c < kWriters; ++c) content += "K" + std::to_string(c) + "|n|0\n";
+    dir_.Write("app.ini", content + "Tail|n|end\n");
     Record(0, "app.ini", '|');
-    pid_t children[2];
-    for (int c = 0; c < 2; ++c) {
-        children[c] = fork();
-        ASSERT_GE(children[c], 0);
-        if (children[c] != 0) continue;
-        for (int i = 0; i < kWrites; ++i)
-            SetIniValue({"Port=" + std::to_string(c + 1) + std::string(static_cast<size_t>(i % 50), 'x'), "SetIniValue=Port"});
+    std::vector<pid_t> children;
+    for (int c = 0; c < kWriters; ++c) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child != 0) {
+            children.push_back(child);
+            continue;
+        }
+        const std::string key = "K" + std::to_string(c);
+        for (int i = 1; i <= kWrites; ++i) {
+            InputList l;
+            l.Add(key.c_str(), 'n');
+            l.Add("SetIniValue");
+            Assign(l, {key + "=" + std::to_string(i) + std::string(static_cast<size_t>(i) % kPadding, 'x'), "SetIniValue=" + key});
+        }
         _exit(0);
     }
-    for (int alive = 2; alive > 0;) {
-        const std::string content = ReadFile("app.ini");
-        ASSERT_TRUE(content.starts_with(head) && content.ends_with(tail)) << content;
-        const std::string value = content.substr(head.size(), content.size() - head.size() - tail.size());
-        ASSERT_TRUE(value == "0" || ((value[0] == '1' || value[0] == '2') && value.find_first_not_of('x', 1) == std::string::npos))
-            << value;
+    for (int alive = kWriters; alive > 0;) {
+        const std::string now = ReadFile("app.ini");
+        ASSERT_TRUE(now.starts_with("|\nK0|n|") && now.ends_with("\nTail|n|end\n")) << now;
         alive = 0;
         for (pid_t child : children) alive += waitpid(child, nullptr, WNOHANG) == 0 ? 1 : 0;
     }
     for (pid_t child : children) waitpid(child, nullptr, 0);
-    const std::string final = ReadFile("app.ini");
-    EXPECT_TRUE(final.starts_with(head + "1") || final.starts_with(head + "2")) << final;
+    const std::string last = std::to_string(kWrites) + std::string(kWrites % kPadding, 'x');
+    std::string expected = "|\n";
+    for (int c = 0; c < kWriters; ++c) expected += "K" + std::to_string(c) + "|n|" + last + "\n";
+    EXPECT_EQ(ReadFile("app.ini"), expected + "Tail|n|end\n");
     for (const auto &entry : std::filesystem::directory_iterator(dir_.path()))
-        EXPECT_EQ(entry.path().filename(), "app.ini") << "no temporary file is left";
+        EXPECT_NE(entry.path().extension(), ".tmp") << "no temporary file is left";
+}
+
+// Saves that do not happen: the file stays as it was, and "ErrorText" says why.
+TEST_F(DefinitionFiles, RefusedSavesAreReported) {
+    struct Case {
+        const char *what;
+        const char *writable;  // default of SetIniValueNames, or none
+        std::string value;
+        mode_t mode;
+        const char *recorded;  // the definition file's recorded name
+        const char *reason;
+    };
+    const std::string fits(4093 - std::strlen("Port|n|"), '9');
+    const Case cases[] = {
+        {"longest line", nullptr, fits, 0644, "app.ini", nullptr},
+        {"one byte more", nullptr, fits + "9", 0644, "app.ini", "the value is too long"},
+        {"a line injected", nullptr, std::string(4084, 'A') + "Ersetzungsanfang|n|[", 0644, "app.ini",
+         "the value is too long"},
+        {"listed", "Other~Port", "7", 0644, "app.ini", nullptr},
+        {"not listed", "Other~Por", "7", 0644, "app.ini", "the entry may not be written"},
+        {"empty list", "", "7", 0644, "app.ini", "the entry may not be written"},
+        {"read-only", nullptr, "7", 0444, "app.ini", "the definition file is read-only"},
+        {"found elsewhere", nullptr, "7", 0644, "elsewhere.ini", "the definition file is not in the working directory"},
+    };
+    for (const Case &c : cases) {
+        const std::string before = "|\nPort|n|80\nTail|n|end\n";
+        chmod("app.ini", 0644);
+        dir_.Write("app.ini", before);
+        ASSERT_EQ(chmod("app.ini", c.mode), 0);
+        Record(0, c.recorded, '|');
+        InputList l;
+        l.Add("Port", 'n');
+        l.Add("SetIniValue");
+        l.Add("ErrorText");
+        if (c.writable != nullptr) l.Add("SetIniValueNames", 'n', c.writable);
+        // A request cannot widen the list of writable names.
+        Assign(l, {"Port=" + c.value, "SetIniValue=Port", "SetIniValueNames=Port"});
+        const bool saved = c.reason == nullptr;
+        EXPECT_EQ(ReadFile("app.ini"), saved ? "|\nPort|n|" + c.value + "\nTail|n|end\n" : before) << c.what;
+        EXPECT_EQ(l.ValuesOf("ErrorText"),
+                  saved ? "" : std::string("[SetIniValue: Port was not saved (") + c.reason + ")]")
+            << c.what;
+        std::free(_IniFilename[0]);
+        _IniFilename[0] = nullptr;
+    }
 }
 
 // --- changing a file in place
@@ -264,17 +321,46 @@ TEST(FileContent, MissingFileAndArguments) {
     EXPECT_EQ(ChangeFileContent(file.c_str(), nullptr, "v", "\n", 1), -1);
 }
 
-TEST(FileContent, ReplacementKeepsModeAndLeavesNoTemporaryFile) {
-    kx::test::TempDir dir;
-    const std::string path = dir.Write("f.ini", "k=1\n");
-    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
-    ASSERT_EQ(ChangeFileContent(path.c_str(), "k=", "2", "\n", 1), 0);
-    struct stat info;
-    ASSERT_EQ(stat(path.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777, 0640u);
-    int files = 0;
-    for (const auto &entry : std::filesystem::directory_iterator(dir.path())) files += entry.is_regular_file();
-    EXPECT_EQ(files, 1);
+// What a write leaves: the mode kept, no temporary file, one of a writer that
+// died removed while one still being written (its lock held) stays, a
+// read-only file refused, a symbolic link written through to its target.
+TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
+    enum Other { kNone, kAbandoned, kLive };  // another writer's temporary file
+    struct Case {
+        const char *what;
+        mode_t mode;
+        bool link;
+        Other other;
+        int result;
+    };
+    const Case cases[] = {
+        {"plain", 0640, false, kNone, 0},
+        {"abandoned temporary", 0600, false, kAbandoned, 0},
+        {"temporary being written", 0600, false, kLive, 0},
+        {"read-only", 0444, false, kNone, -1},
+        {"through a link", 0644, true, kNone, 0},
+    };
+    for (const Case &c : cases) {
+        kx::test::TempDir dir;
+        const std::string real = dir.Write("real/f.ini", "k=1\n");
+        ASSERT_EQ(chmod(real.c_str(), c.mode), 0);
+        const std::string path = c.link ? dir.path() + "/f.ini" : real;
+        if (c.link) ASSERT_EQ(symlink("real/f.ini", path.c_str()), 0);
+        const std::string other = c.other != kNone ? dir.Write("real/.f.ini.Ab12Cd.tmp", "partial") : "";
+        const int held = c.other == kLive ? open(other.c_str(), O_RDONLY) : -1;
+        if (held >= 0) ASSERT_EQ(flock(held, LOCK_EX), 0);
+        EXPECT_EQ(ChangeFileContent(path.c_str(), "k=", "2", "\n", 1), c.result) << c.what;
+        if (held >= 0) close(held);
+        struct stat info;
+        ASSERT_EQ(lstat(real.c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 07777, c.mode) << c.what;
+        EXPECT_EQ(ReadFile(real).substr(0, 3), c.result == 0 ? "k=2" : "k=1") << c.what;
+        EXPECT_EQ(std::filesystem::is_symlink(path), c.link) << c.what;
+        int temporary = 0;
+        for (const auto &entry : std::filesystem::directory_iterator(dir.path() + "/real"))
+            temporary += entry.path().extension() == ".tmp";
+        EXPECT_EQ(temporary, c.other == kLive ? 1 : 0) << c.what;
+    }
 }
 
 TEST(FileContent, ErweitereBlock) {

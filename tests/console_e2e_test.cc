@@ -5,7 +5,13 @@
 
 #include <cstdio>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
 
 #include "support/web_server.h"
 
@@ -26,6 +32,13 @@ protected:
     static bool Contains(const HttpReply &reply, const std::string &text) {
         return reply.body.find(text) != std::string::npos;
     }
+    static std::string Definition() { return kx::test::ReadFile(server_->www() + "/console.ini"); }
+    // A session of the browser: its cookie, and the form field that goes with it.
+    static constexpr const char *kToken = "0123456789abcdef0123456789abcdef";
+    static std::string Session() { return std::string("Cookie: FormToken=") + kToken + "\r\n"; }
+    static std::string Save(const std::string &fields) {
+        return "Application=console&FormToken=" + std::string(kToken) + "&" + fields;
+    }
 
     static ConsoleServer *server_;
 };
@@ -41,9 +54,10 @@ TEST_F(Console, RootRedirectsToTheOverview) {
 // The whole overview page: texts, the server table with its nested group
 // cycle, converted values, the selection summary and the settings form.
 TEST_F(Console, OverviewPageIsTheGoldenPage) {
-    const HttpReply reply = server_->Get("/console.cgi?Application=console");
+    const HttpReply reply = server_->Get("/console.cgi?Application=console", Session());
     ASSERT_EQ(reply.status, 200) << reply.body;
     EXPECT_NE(reply.headers.find("Content-Type: text/html"), std::string::npos);
+    EXPECT_EQ(reply.headers.find("Set-Cookie"), std::string::npos) << "the session keeps its token";
     EXPECT_EQ(reply.body, kx::test::ReadFile(std::string(KX_SOURCE_DIR) + "/tests/golden/console_overview.html"));
 }
 
@@ -51,18 +65,103 @@ TEST_F(Console, RequestValuesReachThePage) {
     const HttpReply shown = server_->Get("/console.cgi?Application=console&ShowGroups=0&Operator=ann+b%26c");
     ASSERT_EQ(shown.status, 200);
     EXPECT_TRUE(Contains(shown, "Groups are hidden."));
-    EXPECT_TRUE(Contains(shown, "Signed in as ann b&c"));
+    EXPECT_TRUE(Contains(shown, "Signed in as ann b&amp;c"));
 }
 
 TEST_F(Console, PostedSettingPersistsInTheDefinition) {
-    const HttpReply saved = server_->Post("/console.cgi", "Application=console&SetIniValue=RefreshSeconds&RefreshSeconds=15");
+    const HttpReply form = server_->Get("/console.cgi?Application=console");
+    const size_t cookie = form.headers.find("Set-Cookie: FormToken=");
+    ASSERT_NE(cookie, std::string::npos) << "a new session gets its token";
+    const std::string token = form.headers.substr(cookie + 22, 32);
+    EXPECT_TRUE(Contains(form, "name=\"FormToken\" value=\"" + token + "\""));
+    const HttpReply saved = server_->Post("/console.cgi",
+                                          "Application=console&FormToken=" + token +
+                                              "&SetIniValue=RefreshSeconds&RefreshSeconds=15",
+                                          "Cookie: FormToken=" + token + "\r\n");
     ASSERT_EQ(saved.status, 200) << saved.body;
     EXPECT_TRUE(Contains(saved, "content=\"15\""));
     const HttpReply next = server_->Get("/console.cgi?Application=console");
     EXPECT_TRUE(Contains(next, "content=\"15\"")) << "the next page reads the saved value";
-    const std::string definition = kx::test::ReadFile(server_->www() + "/console.ini");
-    EXPECT_NE(definition.find("\nRefreshSeconds|n|15\n"), std::string::npos) << definition;
-    server_->Post("/console.cgi", "Application=console&SetIniValue=RefreshSeconds&RefreshSeconds=60");
+    EXPECT_NE(Definition().find("\nRefreshSeconds|n|15\n"), std::string::npos) << Definition();
+    struct stat info;
+    ASSERT_EQ(stat((server_->www() + "/console.ini").c_str(), &info), 0);
+    if (getuid() == 0) EXPECT_NE(info.st_uid, 0u) << "started as root, the CGI program runs unprivileged";
+    server_->Post("/console.cgi", Save("SetIniValue=RefreshSeconds&RefreshSeconds=60"), Session());
+}
+
+// The attacks of a client without a login, replayed: each gets its page (or
+// a refusal), nothing reaches the definition, and the console keeps serving.
+TEST_F(Console, AttacksLeaveTheDefinitionAndThePagesWhole) {
+    struct Case {
+        const char *what;
+        std::string form;     // posted; empty: a GET of query
+        std::string query;
+        bool session;         // with the session's cookie
+        int status;
+        std::string shown;    // text the page holds
+        std::string absent;   // text it must not hold
+    };
+    const std::string injected = std::string(4084, 'A') + "Ersetzungsanfang|n|[";
+    const Case cases[] = {
+        {"line injection", Save("SetIniValue=RefreshSeconds&RefreshSeconds=" + injected), "", true, 200,
+         "RefreshSeconds was not saved (the value is too long)", "AAAA&lt;"},
+        {"10 MB value", Save("SetIniValue=RefreshSeconds&RefreshSeconds=" + std::string(10 << 20, '7')), "", true,
+         200, "RefreshSeconds was not saved (the value is too long)", ""},
+        {"stored script", Save("SetIniValue=ConsoleName&ConsoleName=%3Cscript%3Ex%3C/script%3E"), "", true, 200,
+         "ConsoleName was not saved (the entry may not be written)", "<script>x"},
+        {"other page saved", Save("SetIniValue=Page&Page=missing.htm"), "", true, 200,
+         "pages/missing.htm konnte nicht geoeffnet werden", ""},
+        {"cross-site save", "Application=console&SetIniValue=RefreshSeconds&RefreshSeconds=1", "", false, 403,
+         "form has expired", ""},
+        {"token without its cookie", Save("SetIniValue=RefreshSeconds&RefreshSeconds=1"), "", false, 403, "", ""},
+        {"save by GET", "", "SetIniValue=RefreshSeconds&RefreshSeconds=1", false, 403, "", ""},
+        {"reflected operator", "", "Operator=%3Cscript%3Ealert(1)%3C/script%3E", false, 200,
+         "Signed in as &lt;script&gt;alert(1)&lt;/script&gt;", "<script>alert"},
+        {"refresh attribute", "", "RefreshSeconds=0;url=x%22%3E", false, 200, "content=\"0;url=x&quot;&gt;\"",
+         "url=x\">"},
+        {"reflected page name", "", "Page=%3Cscript%3E.htm", false, 200,
+         "pages/&lt;script&gt;.htm konnte nicht geoeffnet werden", "<script>"},
+        {"token from the request", "", "FormToken=%22%3E%3Cscript%3E", true, 200,
+         std::string("value=\"") + kToken + "\"", "<script>"},
+    };
+    const std::string before = Definition();
+    for (const Case &c : cases) {
+        const std::string headers = c.session ? Session() : "";
+        const HttpReply reply = c.form.empty()
+                                    ? server_->Get("/console.cgi?Application=console&" + c.query, headers)
+                                    : server_->Post("/console.cgi", c.form, headers);
+        EXPECT_EQ(reply.status, c.status) << c.what;
+        EXPECT_TRUE(Contains(reply, c.shown)) << c.what << "\n" << reply.body.substr(0, 300);
+        if (!c.absent.empty()) EXPECT_FALSE(Contains(reply, c.absent)) << c.what;
+        EXPECT_EQ(Definition(), before) << c.what;
+    }
+    EXPECT_EQ(server_->Get("/console.cgi?Application=console").status, 200);
+}
+
+// What a killed writer left is neither served nor kept; nor are lock files,
+// backups and the definition itself served.
+TEST_F(Console, TemporaryFilesAreNeitherServedNorKept) {
+    const std::string www = server_->www();
+    const std::string abandoned = www + "/.console.ini.Ab12Cd.tmp";
+    std::ofstream(abandoned) << std::string(100000, 'x');
+    std::ofstream(www + "/console.ini~") << "backup";
+    for (const char *hidden : {"/.console.ini.Ab12Cd.tmp", "/.console.ini.lock", "/console.ini~", "/console.ini"})
+        EXPECT_EQ(server_->Get(hidden).status, 403) << hidden;
+    const HttpReply saved =
+        server_->Post("/console.cgi", Save("SetIniValue=RefreshSeconds&RefreshSeconds=60"), Session());
+    EXPECT_FALSE(Contains(saved, "not saved")) << saved.body.substr(0, 300);
+    EXPECT_FALSE(std::filesystem::exists(abandoned)) << "the next save removes what a killed writer left";
+}
+
+// The library's messages about a faulty definition come after the header.
+TEST_F(Console, DefinitionMessagesFollowTheHeader) {
+    const std::string definition = Definition();
+    std::ofstream(server_->www() + "/console.ini", std::ios::app) << "broken line\n";
+    const HttpReply reply = server_->Get("/console.cgi?Application=console");
+    std::ofstream(server_->www() + "/console.ini") << definition;
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_EQ(reply.body.rfind("<! ErmittleEingabe: Fehler in 'console.ini'", 0), 0u) << reply.body.substr(0, 200);
+    EXPECT_TRUE(Contains(reply, "</html>"));
 }
 
 TEST_F(Console, BadRequestsGetAPageAndTheServerKeepsServing) {
@@ -87,12 +186,54 @@ TEST_F(Console, BadRequestsGetAPageAndTheServerKeepsServing) {
     EXPECT_EQ(server_->Get("/console.cgi?Application=console").status, 200);
 }
 
+// The ways out of the site that were tried, in the application name, the page
+// name and the URL itself: none shows a file outside the site's pages.
+TEST_F(Console, PathTraversalVariantsStayInside) {
+    const std::vector<std::string> dots = {".", "%2e", "%2E", "%u002e", "%c0%ae", "%e0%80%ae", "%252e"};
+    const std::vector<std::string> slashes = {"/", "%2f", "%2F", "\\", "%5c", "%c0%af", "%u2215", "%252f"};
+    std::vector<std::string> ways;
+    for (const std::string &dot : dots)
+        for (const std::string &slash : slashes) {
+            std::string up;
+            for (int i = 0; i < 4; ++i) up += dot + dot + slash;
+            ways.push_back(up + "etc" + slash + "passwd");
+        }
+    for (const char *other : {"/etc/passwd", "%2fetc%2fpasswd", "%2Fetc%2Fpasswd%00", "/proc/self/cwd/console.ini",
+                              "%2fproc%2fself%2fcwd%2fconsole.ini", "..%2fconsole.ini", "console.ini%00.htm",
+                              "..%00/console.ini", "....//....//etc/passwd", "%2e%2e%5c%2e%2e%5cetc%5cpasswd",
+                              "file:///etc/passwd", "%7e/console"})
+        ways.push_back(other);
+    const std::vector<std::string> urls = {
+        "/console.ini", "/%63onsole.ini", "/console.ini%00", "/console.ini.", "/./console.ini",
+        "/pages/../console.ini", "/pages/%2e%2e/console.ini", "/console.cgi/../console.ini", "/pages/main.htm",
+        "/pages/ini/main.ini", "/..%2f..%2fetc%2fpasswd", "/%2e%2e/%2e%2e/etc/passwd", "/.console.ini.lock"};
+    int tried = 0;
+    auto check = [&](const std::string &target) {
+        const HttpReply reply = server_->Get(target);
+        ++tried;
+        EXPECT_FALSE(Contains(reply, "root:x:0:0")) << target;
+        EXPECT_FALSE(Contains(reply, "Ersetzungsanfang|n|")) << target;
+        EXPECT_FALSE(Contains(reply, "Title=Server overview")) << target;
+    };
+    for (const std::string &way : ways) {
+        check("/console.cgi?Application=" + way);
+        check("/console.cgi?Application=console&Page=" + way);
+    }
+    for (const std::string &url : urls) check(url);
+    EXPECT_GE(tried, 90);
+    EXPECT_EQ(server_->Get("/console.cgi?Application=console").status, 200);
+}
+
 TEST_F(Console, HugeRequestsEndInAPage) {
     std::string many = "Application=console";
     for (int i = 0; i < 100000; ++i) many += "&p" + std::to_string(i) + "=" + std::to_string(i);
     const HttpReply parameters = server_->Post("/console.cgi", many);
     EXPECT_EQ(parameters.status, 200);
     EXPECT_TRUE(Contains(parameters, "</html>"));
+    // One indexed name a hundred thousand times: appends cost constant time.
+    std::string repeated = "Application=console";
+    for (int i = 0; i < 100000; ++i) repeated += "&ServerNames0=x";
+    EXPECT_EQ(server_->Post("/console.cgi", repeated).status, 200);
     const HttpReply big = server_->Post("/console.cgi", "Application=console&Operator=" + std::string(10 << 20, 'x'));
     EXPECT_EQ(big.status, 200);
     EXPECT_TRUE(Contains(big, "</html>"));
@@ -136,6 +277,11 @@ TEST(KxPage, ReportsWhatIsMissing) {
         {dir.path() + "/none.htm", 1, "kxpage: cannot open template " + dir.path() + "/none.htm\n"},
         {"--app nothere " + page, 1, "kxpage: no application definition for nothere\n"},
         {"--app " + dir.path() + "/none.ini " + page, 1, "kxpage: no application definition for"},
+        // Names that would be read as a definition in memory, past their end.
+        {"--app '~" + std::string(300, 'x') + "' " + page, 1, "kxpage: no application definition for ~xx"},
+        {"--query 'Application=%2e%2e%2fetc%2fpasswd' " + page, 1,
+         "kxpage: no application definition for ../etc/passwd\n"},
+        {"--query 'Application=%7Cx' " + page, 1, "kxpage: no application definition for |x\n"},
     };
     for (const Case &c : cases) {
         const Outcome outcome = RunPageTool(c.arguments);

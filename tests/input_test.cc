@@ -224,6 +224,17 @@ TEST(RequestText, BaseNames) {
     EXPECT_EQ(HTMLBasename(nullptr), nullptr);
 }
 
+TEST(ApplicationName, OnlyPlainNamesPass) {
+    const std::string longest(KX_APPLICATION_NAME_MAX, 'a');
+    const struct { std::string name; int accepted; } cases[] = {
+        {"console", 1}, {"Traps2", 1}, {"my-app_1.v2", 1}, {"9", 1}, {longest, 1}, {longest + "a", 0},
+        {"", 0}, {"~xxxx", 0}, {"|", 0}, {"%2e%2e", 0}, {"../etc/passwd", 0}, {"a/b", 0}, {"a\\b", 0},
+        {".hidden", 0}, {"-x", 0}, {"a b", 0}, {"\xA7x", 0}, {"caf\xC3\xA9", 0},
+    };
+    for (const auto &c : cases) EXPECT_EQ(KXIsApplicationName(c.name.c_str()), c.accepted) << c.name;
+    EXPECT_EQ(KXIsApplicationName(nullptr), 0);
+}
+
 TEST(UrlCodec, DecodesEscapesAndKeepsBadOnes) {
     struct Case { const char *in, *out; };
     const Case cases[] = {
@@ -324,12 +335,16 @@ TEST(Posted, EmptyInputOrAGivenStream) {
     EXPECT_EQ(text.str(), "a=1&b=2") << "the given stream is read once standard input is ready";
 }
 
-// The one test that waits: nothing arrives within the 5 seconds.
-TEST(Posted, NothingArrivingGivesNullAndLeavesTheLength) {
-    kx::test::StandardInputPipe input;
-    int length = 42;
-    EXPECT_EQ(UtilsGetPostedInformation(0, nullptr, &length), nullptr);
-    EXPECT_EQ(length, 42);
+// The tests that wait: nothing arrives within the 5 seconds, or the input
+// stops before its end; the limit covers the whole read.
+TEST(Posted, InputThatDoesNotArriveWholeGivesNullAndLeavesTheLength) {
+    for (const char *sent : {"", "a=1&b="}) {
+        kx::test::StandardInputPipe input;
+        input.Write(sent);
+        int length = 42;
+        EXPECT_EQ(UtilsGetPostedInformation(0, nullptr, &length), nullptr) << sent;
+        EXPECT_EQ(length, 42) << sent;
+    }
 }
 
 }  // namespace

@@ -224,6 +224,8 @@ TEST_F(Template, RequestAssignedThenRendered) {
 TEST_F(Template, PagesFilesAndCopyrights) {
     const std::string missing = dir_.path() + "/none.htm";
     EXPECT_EQ(PageAt(missing), missing + " konnte nicht geoeffnet werden\n");
+    const std::string reflected = dir_.path() + "/<script>x'\".htm";
+    EXPECT_EQ(PageAt(reflected), dir_.path() + "/&lt;script&gt;x&#39;&quot;.htm konnte nicht geoeffnet werden\n");
     dir_.Write("pages/ini/main.ini", "|\ntitle=Main page; see: here\na%20b=spaced\n");
     const std::string page = dir_.Write("pages/main.htm", "<h1>{_txt_title}</h1>\n{_txt_a%20b} {_txt_missing%21}\n");
     EXPECT_EQ(PageAt(page), "<h1>Main page; see: here</h1>\nspaced missing!\n");
@@ -250,6 +252,35 @@ TEST_F(Template, LongUnbalancedAndDeepTemplates) {
     EXPECT_EQ(Page("x" + open + "\n"), "x" + open + "\n");
     EXPECT_FALSE(Page("{user" + open + "a" + close + "}\n").empty());
     EXPECT_FALSE(Evaluate(("{DEFINE d " + open + "user" + close + "}").c_str()).empty());
+}
+
+// "EscapeHtml" in the definition: values, their URL form and control
+// results escaped; template text and "<nil>" as they were. A
+// request cannot turn it off: only the default counts.
+TEST_F(Template, EscapeHtmlFromTheDefinition) {
+    const std::string page =
+        "<p title=\"{v}\">{v} {{v}} {unset} {v}{=_stringn._this==x?yes:_this}</p>\n";
+    Set("v", "<script>'&\"");
+    EXPECT_EQ(Page(page), "<p title=\"<script>'&\"\"><script>'&\" <script%3E%27%26%22 <nil> "
+                          "<script>'&\"</p>\n") << "off by default";
+    Declare("EscapeHtml", "yes");
+    Set("EscapeHtml", "no");
+    EXPECT_EQ(Page(page), "<p title=\"&lt;script&gt;&#39;&amp;&quot;\">&lt;script&gt;&#39;&amp;&quot; "
+                          "&lt;script%3E%27%26%22 <nil> &lt;script&gt;&#39;&amp;&quot;</p>\n");
+}
+
+// Nested selections evaluate their inner texts again at each level: the
+// line's budget of evaluations keeps the two inputs that once took minutes
+// to a few hundred evaluations, and leaves shallow nesting whole.
+TEST_F(Template, NestedSelectionsStayWithinTheLineBudget) {
+    for (const char *seed : {"timeout_nested_selections", "timeout_nested_selection_lists"}) {
+        const std::string path = std::string(KX_SOURCE_DIR) + "/fuzz/seeds/template_file/" + seed;
+        EXPECT_EQ(PageAt(path), kx::test::ReadFile(path)) << seed << " is left as it stands";
+    }
+    SetList("Names", {"a", "b"});
+    SetList("Role", {"web", "storage"});
+    Set("Which", "storage");
+    EXPECT_EQ(Page("{Names[{Role[{Which}]}]} {Names[{Role[web|storage]}]}\n"), "b b\n");
 }
 
 // DeleteComment on a first line and the lines after it; what it returns and

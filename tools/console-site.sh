@@ -6,7 +6,7 @@
 set -eu
 site=$1 program=$2 port=$3
 here=$(cd "$(dirname "$0")/.." && pwd)
-mkdir -p "$site/www"
+mkdir -p "$site/www" "$site/run"
 cp -R "$here/examples/console/." "$site/www/"
 rm -f "$site/www/"*.c
 cp "$program" "$site/www/console.cgi"
@@ -16,9 +16,9 @@ cat >"$site/lighttpd.conf" <<CONF
 server.document-root = "$site/www"
 server.bind = "127.0.0.1"
 server.port = $port
-server.pid-file = "$site/lighttpd.pid"
-server.errorlog = "$site/error.log"
-server.modules = ("mod_redirect", "mod_cgi")
+server.pid-file = "$site/run/lighttpd.pid"
+server.errorlog = "$site/run/error.log"
+server.modules = ("mod_access", "mod_redirect", "mod_cgi")
 server.max-request-size = 16384
 server.max-worker = 0
 cgi.assign = (".cgi" => "")
@@ -26,4 +26,17 @@ index-file.names = ("index.html")
 url.redirect = ("^/\$" => "/console.cgi?Application=console")
 mimetype.assign = (".html" => "text/html", ".css" => "text/css", ".htm" => "text/html")
 static-file.exclude-extensions = (".cgi", ".ini", ".htm")
+# Temporary files of a save, lock files and every hidden file stay private.
+url.access-deny = (".tmp", ".lock", "~")
+\$HTTP["url"] =~ "/\\." { url.access-deny = ("") }
 CONF
+# Started as root, lighttpd runs itself and the CGI program as an
+# unprivileged user, who owns the site's files so that saves can replace them.
+if [ "$(id -u)" = 0 ]; then
+  cat >>"$site/lighttpd.conf" <<CONF
+server.username = "nobody"
+server.groupname = "nogroup"
+CONF
+  chmod 755 "$site"
+  chown -R nobody:nogroup "$site/www" "$site/run"
+fi

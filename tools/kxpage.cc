@@ -4,7 +4,8 @@
 //   kxpage [--app NAME_OR_DEFINITION] [--query 'a=1&b=2'] TEMPLATE
 //
 // NAME_OR_DEFINITION is an application name, searched like the CGI program
-// searches it, or the path of a definition file. The page goes to standard
+// searches it, or the path of a definition file. A name, given or taken from
+// the query, must pass KXIsApplicationName, as in a CGI program. The page goes to standard
 // output; problems go to standard error with a non-zero exit.
 #include <cstdio>
 #include <cstdlib>
@@ -61,16 +62,22 @@ std::optional<std::string> DefinitionBlock(const std::string &path) {
     return block;
 }
 
-// The application named on the command line, or by the query.
+// The application named on the command line, or by the query (decoded).
 std::string ApplicationName(const Options &options) {
     if (!options.application.empty()) return options.application;
     const char *value = PositioniereAufSchluesselwortWert(options.query.c_str(), nullptr, nullptr);
-    return value ? std::string(value, std::strcspn(value, "&")) : std::string();
+    if (value == nullptr) return {};
+    char *decoded = ServerDecoding(std::string(value, std::strcspn(value, "&")).c_str());
+    std::string name = decoded != nullptr ? decoded : "";
+    std::free(decoded);
+    return name;
 }
 
 bool ReadDefinition(const std::string &application, EingabeElement **list, int *count) {
     if (application.empty()) return true;
-    if (!IsDefinitionFile(application)) return ErmittleEingabe(application.c_str(), list, count, nullptr, 0) == 0;
+    if (!IsDefinitionFile(application))
+        return KXIsApplicationName(application.c_str()) &&
+               ErmittleEingabe(application.c_str(), list, count, nullptr, 0) == 0;
     const auto block = DefinitionBlock(application);
     // The block must start with a byte that marks a definition text.
     if (!block || std::strchr("~| &%$\xA7!\"^#", (*block)[0]) == nullptr || (*block)[0] == '\0') return false;

@@ -5,10 +5,18 @@
  * application named in it, reads that application's definition, assigns
  * the request to the definition's entries and writes the page the request
  * asks for.
+ *
+ * Whatever the library writes before the page (messages about a faulty
+ * definition) is held until the HTTP header has gone out, so that it can
+ * never be taken for a header line. A request that saves a setting
+ * ("SetIniValue") must carry the form token of the browser's session, which
+ * only the console's own settings form knows.
  */
+#define _GNU_SOURCE
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/random.h>
 
 #include "kx_input.h"
 #include "kx_template.h"
@@ -18,13 +26,26 @@
 static const char kPageFolder[] = "pages/";
 static const char kDefaultPage[] = "main.htm";
 
-static void Header(const char *status) {
+/* The session's form token travels in this cookie and in the form field of
+ * the same name. */
+static const char kTokenName[] = "FormToken";
+enum { kTokenBytes = 16, kTokenLength = 2 * kTokenBytes };
+
+/* The form token of this request: the cookie's, or a new one (fresh is 1). */
+struct Token {
+    char text[kTokenLength + 1];
+    int fresh;
+};
+
+static void Header(const char *status, const struct Token *token) {
     if (status != NULL) printf("Status: %s\r\n", status);
+    if (token != NULL && token->fresh)
+        printf("Set-Cookie: %s=%s; Path=/; HttpOnly; SameSite=Strict\r\n", kTokenName, token->text);
     printf("Content-Type: text/html; charset=ISO-8859-1\r\n\r\n");
 }
 
 static int Fail(const char *status, const char *message) {
-    Header(status);
+    Header(status, NULL);
     printf("<!DOCTYPE html>\n<html><head><title>Console</title></head>\n"
            "<body><h1>%s</h1><p>%s</p></body></html>\n", status, message);
     return 0;
@@ -53,21 +74,46 @@ static char *RequestValue(const char *request, const char *key) {
 }
 
 /* The application named by the request, decoded and reduced to its base
- * name, or NULL. It must begin with a letter or digit: a text that begins
- * with one of the definition marker bytes ("~", "|", "%", ...) would be
- * taken for a definition in memory instead of a name. */
+ * name, or NULL when that is no plain application name. */
 static char *ApplicationName(const char *request) {
     char *encoded = RequestValue(request, NULL);
     if (encoded == NULL) return NULL;
     char *decoded = ServerDecoding(encoded);
     free(encoded);
     const char *base = HTMLBasename(decoded);
-    const char first = base[0];
-    char *name = NULL;
-    if ((first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || (first >= '0' && first <= '9'))
-        name = UtilsErzeugeText(base, (int)strlen(base));
+    char *name = KXIsApplicationName(base) ? UtilsErzeugeText(base, (int)strlen(base)) : NULL;
     free(decoded);
     return name;
+}
+
+/* The token of the cookie "FormToken=" when it is well formed, else a new
+ * random one. */
+static void SessionToken(struct Token *token) {
+    const char *cookies = getenv("HTTP_COOKIE");
+    const char *at = cookies != NULL ? strstr(cookies, "FormToken=") : NULL;
+    if (at != NULL && (at == cookies || at[-1] == ' ' || at[-1] == ';')) {
+        at += sizeof kTokenName;
+        const size_t length = strspn(at, "0123456789abcdef");
+        if (length == kTokenLength && (at[length] == '\0' || at[length] == ';')) {
+            memcpy(token->text, at, kTokenLength);
+            token->text[kTokenLength] = '\0';
+            token->fresh = 0;
+            return;
+        }
+    }
+    unsigned char bytes[kTokenBytes] = {0};
+    if (getrandom(bytes, sizeof bytes, 0) != (ssize_t)sizeof bytes) abort();
+    for (int i = 0; i < kTokenBytes; ++i) snprintf(token->text + 2 * i, 3, "%02x", bytes[i]);
+    token->fresh = 1;
+}
+
+/* A request that saves must carry the session's token in its form. */
+static int SaveAllowed(const char *request, const struct Token *token) {
+    if (strstr(request, "SetIniValue") == NULL) return 1;
+    char *sent = RequestValue(request, kTokenName);
+    const int same = sent != NULL && !token->fresh && strcmp(sent, token->text) == 0;
+    free(sent);
+    return same;
 }
 
 /* pages/ + the base name of the page the definition or the request names. */
@@ -78,8 +124,9 @@ static char *PagePath(EingabeElement *list, int count) {
         const char *current = list[index].Wert ? list[index].Wert + list[index].WertPosition : list[index].Vorgabe;
         if (current != NULL && *HTMLBasename(current) != '\0') page = HTMLBasename(current);
     }
-    char *path = malloc(sizeof kPageFolder + strlen(page));
-    if (path != NULL) sprintf(path, "%s%s", kPageFolder, page);
+    const size_t size = sizeof kPageFolder + strlen(page);
+    char *path = malloc(size);
+    if (path != NULL) snprintf(path, size, "%s%s", kPageFolder, page);
     return path;
 }
 
@@ -92,35 +139,75 @@ static void FreeList(EingabeElement *list, int count) {
     free(list);
 }
 
+/* Where the library's output goes until the header is out. */
+struct Held {
+    FILE *stream;
+    char *text;
+    size_t size;
+};
+
+static void Hold(struct Held *held) {
+    held->text = NULL;
+    held->size = 0;
+    held->stream = open_memstream(&held->text, &held->size);
+    _Utilsfpout = held->stream != NULL ? held->stream : stdout;
+}
+
+/* Ends holding; what was held stays in held->text. */
+static void Release(struct Held *held) {
+    if (held->stream != NULL) fclose(held->stream);
+    _Utilsfpout = stdout;
+}
+
+/* Reads the definition and assigns the request; returns the status of a
+ * failure, or NULL. */
+static const char *Prepare(char *request, const char *program, struct Token *token, EingabeElement **list,
+                           int *count) {
+    char *application = ApplicationName(request);
+    if (application == NULL) return "400 Bad Request";
+    /* ErmittleEingabe2 records the definition file, so that "SetIniValue"
+     * can write a submitted setting back into it. */
+    const int unknown = ErmittleEingabe2(application, list, count, NULL, program, 0);
+    free(application);
+    if (unknown) return "404 Not Found";
+    SessionToken(token);
+    if (!SaveAllowed(request, token)) return "403 Forbidden";
+    /* The request's name=value pairs become NUL-separated assignments. */
+    const int assignments = ErmittleTextElemente(request, "&", NULL, NULL);
+    WertzuweisungEingabe(assignments, request, count, list, "~");
+    /* The form carries the session's token, whatever the request sent. */
+    SetEingabeWert(*count, *list, kTokenName, token->text);
+    return NULL;
+}
+
 int main(int argc, char **argv) {
     (void)argc;
     char *request = RequestText();
-    char *application = ApplicationName(request);
-    if (application == NULL) {
-        free(request);
-        return Fail("400 Bad Request", "The request names no application (Application=...).");
-    }
     EingabeElement *list = NULL;
     int count = 0;
-    /* ErmittleEingabe2 records the definition file, so that "SetIniValue"
-     * can write a submitted setting back into it. */
-    const int unknown = ErmittleEingabe2(application, &list, &count, NULL, argv[0], 0);
-    free(application);
-    if (unknown) {
+    struct Token token = {{0}, 0};
+    struct Held held;
+    Hold(&held);
+    const char *failure = Prepare(request, argv[0], &token, &list, &count);
+    free(request);
+    Release(&held);
+    if (failure != NULL) {
+        free(held.text);
         FreeList(list, count);
-        free(request);
-        return Fail("404 Not Found", "The application named in the request is not installed here.");
+        if (strcmp(failure, "400 Bad Request") == 0)
+            return Fail(failure, "The request names no application (Application=...).");
+        if (strcmp(failure, "404 Not Found") == 0)
+            return Fail(failure, "The application named in the request is not installed here.");
+        return Fail(failure, "The settings form has expired: reload the page and save again.");
     }
-    /* The request's name=value pairs become NUL-separated assignments. */
-    const int assignments = ErmittleTextElemente(request, "&", NULL, NULL);
-    WertzuweisungEingabe(assignments, request, &count, &list, "~");
     char *page = PagePath(list, count);
-    Header(NULL);
+    Header(NULL, &token);
+    if (held.text != NULL) fwrite(held.text, 1, held.size, stdout);
+    free(held.text);
     fflush(stdout);
     ErsetzeUndGebeHtmlDateiAus(page, NULL, iErsetzungsAnfang, iErsetzungsEnde, &count, &list);
-    fflush(_Utilsfpout ? _Utilsfpout : stdout);
+    fflush(stdout);
     free(page);
     FreeList(list, count);
-    free(request);
     return 0;
 }

@@ -56,10 +56,15 @@ KX_API char *KXUtilsAppendText(const char *front, int frontLength, const char *b
 
 /* Makes the first length bytes of text (all of it up to its NUL when length is
  * 0) the new content of the file at path. The file is replaced as a whole: a
- * temporary file in the same directory is written and renamed over it, and
- * keeps the old file's permissions. Returns 1 on success; -1 on failure, with
- * the file untouched and *errorCode / *errorText as for
- * KXUtilsReadFileToMemoryErrorOutput. */
+ * temporary file "." + file name + ".XXXXXX.tmp" in the same directory is
+ * written and renamed over it, and keeps the old file's permissions; such
+ * temporary files left by a writer that died are removed by the next write.
+ * A symbolic link is written through: its target is replaced, in the
+ * target's directory. A file without write permission (for this process, or
+ * with no write bit at all) is not replaced: -1 with EACCES. Returns 1 on
+ * success; -1 on failure, with the file untouched and *errorCode /
+ * *errorText as for KXUtilsReadFileToMemoryErrorOutput. The write takes no
+ * lock: callers that read, change and write serialise that themselves. */
 KX_API int KXUtilsWriteMemoryToFileErrorOutput(const char *path, const char *text, int length,
                                                int *errorCode, char **errorText);
 

@@ -1,8 +1,11 @@
 // Whole-file reads and writes through memory. A write replaces the file as a
 // whole: the new content goes into a temporary file in the same directory,
 // which is then renamed over the old one, so readers and other writers see
-// either the old file or the new one, never a part of it.
+// either the old file or the new one, never a part of it. A write respects
+// the file's permissions and goes through a symbolic link to its target.
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "companion/libKXUtils.h"
 
@@ -19,7 +23,8 @@ namespace {
 
 // The largest file that fits the int length of these operations.
 constexpr size_t kMaxFileBytes = INT_MAX - 1;
-constexpr char kTemporarySuffix[] = ".XXXXXX";
+constexpr char kTemporaryRandom[] = "XXXXXX";
+constexpr char kTemporaryEnding[] = ".tmp";
 
 // Reports a failure through the optional out words; returns -1.
 int Fail(int error, int *errorCode, char **errorText) {
@@ -73,17 +78,90 @@ mode_t TargetMode(const char *path) {
     return 0666 & ~mask;
 }
 
-// Writes a temporary sibling of path and renames it over path; 0 or an errno.
-int ReplaceFile(const char *path, const char *text, size_t length) {
-    std::string temporary = std::string(path) + kTemporarySuffix;
-    const int fd = mkstemp(temporary.data());
+// The file a write replaces: a symbolic link is written through to its
+// target, so that the link stays a link. Empty when the link leads nowhere.
+std::string WriteTarget(const char *path) {
+    struct stat info;
+    if (lstat(path, &info) != 0 || !S_ISLNK(info.st_mode)) return path;
+    char *real = realpath(path, nullptr);
+    std::string target = real != nullptr ? real : "";
+    std::free(real);
+    return target;
+}
+
+// 0 when the file may be replaced: it is missing, or a regular file that has
+// a write permission and that this process may write (root ignores the
+// permission bits, so a file with none of them counts as read-only too).
+int Writable(const std::string &path) {
+    struct stat info;
+    if (stat(path.c_str(), &info) != 0) return errno == ENOENT ? 0 : errno;
+    if (!S_ISREG(info.st_mode)) return EISDIR;
+    if ((info.st_mode & 0222) == 0 || access(path.c_str(), W_OK) != 0) return EACCES;
+    return 0;
+}
+
+// Temporary files are named "." + file name + ".XXXXXX.tmp": hidden, and
+// with an ending that the web server refuses to serve.
+struct TemporaryName {
+    std::string directory;  // with its "/", or empty for the current one
+    std::string prefix;     // "." + file name + "."
+    std::string Pattern() const { return directory + prefix + kTemporaryRandom + kTemporaryEnding; }
+    bool Matches(std::string_view name) const {
+        return name.size() == prefix.size() + std::strlen(kTemporaryRandom) + std::strlen(kTemporaryEnding) &&
+               name.starts_with(prefix) && name.ends_with(kTemporaryEnding);
+    }
+};
+
+TemporaryName TemporaryFor(const std::string &target) {
+    const size_t slash = target.rfind('/');
+    const size_t base = slash == std::string::npos ? 0 : slash + 1;
+    return {target.substr(0, base), "." + target.substr(base) + "."};
+}
+
+// A writer holds a lock on its temporary file until the file is renamed, so
+// a temporary file whose lock can be taken was left by a writer that died.
+void RemoveIfAbandoned(const std::string &path) {
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) return;
+    struct stat opened, named;
+    if (flock(fd, LOCK_EX | LOCK_NB) == 0 && fstat(fd, &opened) == 0 && lstat(path.c_str(), &named) == 0 &&
+        opened.st_ino == named.st_ino && opened.st_dev == named.st_dev)
+        unlink(path.c_str());
+    close(fd);
+}
+
+void RemoveAbandoned(const TemporaryName &name) {
+    DIR *directory = opendir(name.directory.empty() ? "." : name.directory.c_str());
+    if (directory == nullptr) return;
+    while (const dirent *entry = readdir(directory))
+        if (name.Matches(entry->d_name)) RemoveIfAbandoned(name.directory + entry->d_name);
+    closedir(directory);
+}
+
+// Writes a temporary sibling of target and renames it over target; 0 or an
+// errno. The temporary file is renamed before it is closed, so its lock
+// lasts as long as its name.
+int ReplaceFile(const std::string &target, const char *text, size_t length) {
+    const TemporaryName name = TemporaryFor(target);
+    RemoveAbandoned(name);
+    std::string temporary = name.Pattern();
+    const int fd = mkostemps(temporary.data(), static_cast<int>(std::strlen(kTemporaryEnding)), O_CLOEXEC);
     if (fd < 0) return errno;
     int error = 0;
-    if (fchmod(fd, TargetMode(path)) != 0 || !WriteAll(fd, text, length) || fsync(fd) != 0) error = errno ? errno : EIO;
-    if (close(fd) != 0 && error == 0) error = errno;
-    if (error == 0 && rename(temporary.c_str(), path) != 0) error = errno;
+    if (flock(fd, LOCK_EX) != 0 || fchmod(fd, TargetMode(target.c_str())) != 0 || !WriteAll(fd, text, length) ||
+        fsync(fd) != 0)
+        error = errno ? errno : EIO;
+    if (error == 0 && rename(temporary.c_str(), target.c_str()) != 0) error = errno;
     if (error != 0) unlink(temporary.c_str());
+    if (close(fd) != 0 && error == 0) error = errno;
     return error;
+}
+
+int Replace(const char *path, const char *text, size_t length) {
+    const std::string target = WriteTarget(path);
+    if (target.empty()) return ENOENT;
+    if (const int error = Writable(target)) return error;
+    return ReplaceFile(target, text, length);
 }
 
 }  // namespace
@@ -125,7 +203,7 @@ int KXUtilsWriteMemoryToFileErrorOutput(const char *path, const char *text, int 
     if (path == nullptr || *path == '\0' || length < 0) return kxutils::Fail(EINVAL, errorCode, errorText);
     const size_t bytes = length > 0 ? static_cast<size_t>(length) : (text ? std::strlen(text) : 0);
     if (text == nullptr && bytes > 0) return kxutils::Fail(EINVAL, errorCode, errorText);
-    const int error = kxutils::ReplaceFile(path, text ? text : "", bytes);
+    const int error = kxutils::Replace(path, text ? text : "", bytes);
     if (error != 0) return kxutils::Fail(error, errorCode, errorText);
     if (errorCode != nullptr) *errorCode = 0;
     return 1;

@@ -64,12 +64,16 @@ StandardInputPipe::~StandardInputPipe() {
     clearerr(stdin);
 }
 
-void StandardInputPipe::WriteAndClose(std::string_view data) {
+void StandardInputPipe::Write(std::string_view data) {
     while (!data.empty()) {
         const ssize_t written = write(writer_, data.data(), data.size());
         if (written <= 0) std::abort();
         data.remove_prefix(static_cast<size_t>(written));
     }
+}
+
+void StandardInputPipe::WriteAndClose(std::string_view data) {
+    Write(data);
     close(writer_);
     writer_ = -1;
 }

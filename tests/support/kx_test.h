@@ -93,7 +93,9 @@ public:
     ~StandardInputPipe();
     StandardInputPipe(const StandardInputPipe &) = delete;
     StandardInputPipe &operator=(const StandardInputPipe &) = delete;
-    // Writes data (at most what the pipe holds) and closes the writing end.
+    // Writes data (at most what the pipe holds) and keeps the writing end open.
+    void Write(std::string_view data);
+    // Writes data and closes the writing end.
     void WriteAndClose(std::string_view data);
 
 private:

@@ -95,12 +95,12 @@ HttpReply ConsoleServer::Exchange(const std::string &request) const {
     return ParseReply(raw);
 }
 
-HttpReply ConsoleServer::Get(const std::string &target) const {
-    return Exchange("GET " + target + " HTTP/1.0\r\nHost: 127.0.0.1\r\n\r\n");
+HttpReply ConsoleServer::Get(const std::string &target, const std::string &headers) const {
+    return Exchange("GET " + target + " HTTP/1.0\r\nHost: 127.0.0.1\r\n" + headers + "\r\n");
 }
 
-HttpReply ConsoleServer::Post(const std::string &target, const std::string &form) const {
-    return Exchange("POST " + target + " HTTP/1.0\r\nHost: 127.0.0.1\r\n"
+HttpReply ConsoleServer::Post(const std::string &target, const std::string &form, const std::string &headers) const {
+    return Exchange("POST " + target + " HTTP/1.0\r\nHost: 127.0.0.1\r\n" + headers +
                     "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: " +
                     std::to_string(form.size()) + "\r\n\r\n" + form);
 }

@@ -28,8 +28,9 @@ public:
     bool running() const { return pid_ > 0; }
     // The site's folder the CGI program runs in.
     std::string www() const { return site_.path() + "/www"; }
-    HttpReply Get(const std::string &target) const;
-    HttpReply Post(const std::string &target, const std::string &form) const;
+    // headers: further header lines, each ending in "\r\n" ("Cookie: ...").
+    HttpReply Get(const std::string &target, const std::string &headers = "") const;
+    HttpReply Post(const std::string &target, const std::string &form, const std::string &headers = "") const;
 
 private:
     HttpReply Exchange(const std::string &request) const;
