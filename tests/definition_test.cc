@@ -92,7 +92,7 @@ const Case kCases[] = {
     // the tail of a long saved value must not become an entry of its own
     {"rest of a long file line dropped",
      "|\nLong|n|" + std::string(4084, 'A') + "Ersetzungsanfang|n|[\nNext|n|1\n", true,
-     "Long|n|" + std::string(4084, 'A') + "Ersa\nNext|n|1\n", ""},
+     "Long|n|" + std::string(4084, 'A') + "Erse\nNext|n|1\n", ""},
     {"empty separator line", std::string("\0|\nA|n|1\n", 9), true, "", Message("App.ini", 2, "Name", "")},
 };
 
