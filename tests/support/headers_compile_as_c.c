@@ -2,10 +2,13 @@
 #include "kx_input.h"
 #include "kx_template.h"
 #include "kx_convert.h"
+#include "kx_trap.h"
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
 #include "companion/libKXsnmp.h"
 #include "companion/libKXsnmp_names.h"
+#include "companion/libKXmbcs.h"
 
 /* A C caller sees the records as plain structs. */
 int kx_c_entry_size(void) { return (int)sizeof(EingabeElement); }
+int kx_c_trap_pair_size(void) { return (int)sizeof(TrapTimePair) + (int)sizeof(FwdValRow); }
