@@ -2,6 +2,7 @@
 // was not known when they arrived.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>

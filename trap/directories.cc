@@ -1,5 +1,6 @@
 // The trap store's process-wide state, and where the trap files and the
 // server-list database are: "./snmptrapd.ini" or the console's defaults.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string_view>

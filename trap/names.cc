@@ -1,5 +1,6 @@
 // Trap file names: the unique identifier, the split before the states, the
 // comparison of two arrivals and the parser that cuts a name into pieces.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>

@@ -1,4 +1,5 @@
 // Trap file listings and pruning the store by age and by number of files.
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <vector>

@@ -1,5 +1,6 @@
 // Finding a trap again by its unique identifier, and changing one state
 // character of its name under the lock file name + ".loc".
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -68,6 +69,12 @@ void SetState(char *&path, int position, char character) {
 
 constexpr int kLogPosition = 7, kAlarmAckPosition = 8;
 
+// Takes the lock: 0, or -2 when another process holds it, -3 when it cannot be made.
+int TakeLock(const std::string &lock) {
+    if (FileIsLocked(lock.c_str(), -1, -1) < 0) return -2;
+    return CreateLockFile(lock.c_str()) == 0 ? 0 : -3;
+}
+
 }  // namespace
 }  // namespace kx::trap
 
@@ -93,9 +100,9 @@ char *GTDetermineTrapFile(char *path, int *status) {
 int GTRenameTrapFile(char **path, int count, int position, char character, char **newPath) {
     char *ignored = nullptr;
     char *&renamed = newPath != nullptr ? *newPath : ignored;
+    renamed = nullptr;
     if (path == nullptr || *path == nullptr) return -1;
     *path = GTDetermineTrapFile(*path, nullptr);
-    renamed = nullptr;
     const char *base = KXUtilsBasename(*path, 0);
     const char *dot = GTGetUniqueIdentifier(base);
     if (dot == nullptr || position < 0 || position >= count || dot - base < count - position) return -1;
@@ -104,8 +111,7 @@ int GTRenameTrapFile(char **path, int count, int position, char character, char 
     if (!kx::trap::FitsIntoName(character) || (renamed = kx::input::HeapCopy(*path)) == nullptr) return -1;
     renamed[at] = character;
     const std::string lock = std::string(*path) + ".loc";
-    const int refused = FileIsLocked(lock.c_str(), -1, -1) < 0 ? -2 : CreateLockFile(lock.c_str()) != 0 ? -3 : 0;
-    if (refused != 0) {
+    if (const int refused = kx::trap::TakeLock(lock); refused != 0) {
         std::free(renamed);
         renamed = nullptr;
         return refused;
