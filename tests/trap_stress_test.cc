@@ -16,7 +16,6 @@ TEST(TrapStoreUnderConcurrency, EveryKeptTrapOnceWithItsLastStates) {
     const kx::stress::Outcome outcome = kx::stress::RunTrapStress(traps, work.path(), 1000, 300);
     EXPECT_TRUE(outcome.Clean()) << outcome.Text();
     EXPECT_GT(outcome.renames, 500) << outcome.Text();
-    std::printf("%s\n", outcome.Text().c_str());
 }
 
 }  // namespace

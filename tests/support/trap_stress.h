@@ -40,7 +40,7 @@ inline int IdOf(const std::string &name) {
 struct Shared {
     std::atomic<int> written;
     std::atomic<int> writerDone;
-    std::atomic<int> failures;  // a writer rename that failed, or a rename reported done but not done
+    std::atomic<int> failures;  // renames of the writer that failed
     std::atomic<long> renames, refused;
 };
 
