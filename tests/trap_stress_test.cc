@@ -13,9 +13,9 @@ TEST(TrapStoreUnderConcurrency, EveryKeptTrapOnceWithItsLastStates) {
     kx::test::TempDir work;
     const std::string traps = work.path() + "/Traps";
     std::filesystem::create_directory(traps);
-    const kx::stress::Outcome outcome = kx::stress::RunTrapStress(traps, work.path(), 1000, 300);
+    const kx::stress::Outcome outcome = kx::stress::RunTrapStress(traps, work.path(), 600, 200);
     EXPECT_TRUE(outcome.Clean()) << outcome.Text();
-    EXPECT_GT(outcome.renames, 500) << outcome.Text();
+    EXPECT_GT(outcome.renames, 300) << outcome.Text();
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -29,6 +30,7 @@ constexpr unsigned kFirstArrival = 1700000000;
 constexpr int kAcknowledgers = 4;
 constexpr int kPositions[kAcknowledgers] = {8, 4, 5, 6};  // alarmack and three forwarding states
 constexpr int kRetries = 200;
+constexpr int kHotTraps = 32;
 
 inline std::string TrapName(int id, const std::string &states = "000000000") {
     return "T99999_6_1001_127_0_0_1_srv01_" + states + "." + std::to_string(kFirstArrival + unsigned(id));
@@ -71,7 +73,8 @@ inline void Acknowledger(int k, const std::string &dir, int traps, Shared &share
     for (int round = 0; shared.writerDone == 0 || round < traps / 2; ++round) {
         const int written = shared.written;
         if (written == 0) continue;
-        const int id = 1 + int(random() % unsigned(written));
+        // The newest traps: they outlive the pruner, and the four meet on them.
+        const int id = written - int(random() % unsigned(std::min(written, kHotTraps)));
         const char value = char('0' + random() % 3);
         for (int attempt = 0; attempt < kRetries; ++attempt) {
             char *path = strdup((dir + "/" + TrapName(id)).c_str()), *newPath = nullptr;
