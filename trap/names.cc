@@ -116,16 +116,16 @@ int GTSplitTrapFileName(const char *name, char **uniqueId) {
 
 int GTIsSameTrapAndServer(int length1, const char *uniqueId1, const char *name1, const char *name2,
                           char **uniqueId2) {
-    if (name1 == nullptr || name2 == nullptr) return 1;
     char *own1 = nullptr, *own2 = nullptr;
+    const int length2 = GTSplitTrapFileName(name2, &own2);
+    if (uniqueId2 != nullptr) *uniqueId2 = own2;
+    if (name1 == nullptr) return 1;
     if (uniqueId1 == nullptr) {
         length1 = GTSplitTrapFileName(name1, &own1);
         uniqueId1 = own1;
     } else if (length1 <= kx::trap::kOwnLengthUpTo) {
         length1 = static_cast<int>(std::strlen(name1));
     }
-    const int length2 = GTSplitTrapFileName(name2, &own2);
-    if (uniqueId2 != nullptr) *uniqueId2 = own2;
     if (uniqueId1 == nullptr || own2 == nullptr || _mbsicmp(uniqueId1, own2) == 0) return 1;
     if (length1 != length2 || length1 < kx::trap::kShortestComparedPrefix) return 1;
     return strnicmp(name1 + 1, name2 + 1, static_cast<std::size_t>(length1 - 2));
