@@ -152,8 +152,8 @@ KX_API char *GTDetermineTrapFile(char *path, int *status);
  * *newPath receives the new name (a heap text for the caller) when a rename
  * was tried, else NULL. Returns 0 when the character had that value already
  * (nothing renamed) or the rename succeeded; -1 when the name has no unique
- * identifier, the position lies outside the name, memory runs out or the
- * rename failed; -2 when another process holds the lock; -3 when the lock
+ * identifier, the trap is found under no name, the position lies outside the
+ * name, memory runs out or the rename failed; -2 when another process holds the lock; -3 when the lock
  * file could not be created. On -2 and -3 *newPath is NULL. */
 KX_API int GTRenameTrapFile(char **path, int count, int position, char character, char **newPath);
 

@@ -102,7 +102,10 @@ int GTRenameTrapFile(char **path, int count, int position, char character, char 
     char *&renamed = newPath != nullptr ? *newPath : ignored;
     renamed = nullptr;
     if (path == nullptr || *path == nullptr) return -1;
-    *path = GTDetermineTrapFile(*path, nullptr);
+    int found = 0;
+    *path = GTDetermineTrapFile(*path, &found);
+    // A trap not found now has no state to compare: its old name proves nothing.
+    if (found < 0) return -1;
     const char *base = KXUtilsBasename(*path, 0);
     const char *dot = GTGetUniqueIdentifier(base);
     if (dot == nullptr || position < 0 || position >= count || dot - base < count - position) return -1;
