@@ -140,6 +140,9 @@ TEST_F(TrapStore, RenameUnderLockFiles) {
     EXPECT_EQ(GTRenameTrapFile(&path, FwdCount, 8, '1', &newPath), -1);  // no unique identifier
     EXPECT_EQ(GTRenameTrapFile(&path, FwdCount, 9, '1', &newPath), -1);
     std::free(path);
+    path = strdup((dir.path() + "/" + TrapName(9)).c_str());
+    EXPECT_EQ(GTRenameTrapFile(&path, FwdCount, 8, '0', &newPath), -1);  // found nowhere: not "already 0"
+    std::free(path);
 }
 
 TEST_F(TrapStore, TrapFoundAgainAfterRenames) {
