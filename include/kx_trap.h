@@ -182,7 +182,8 @@ KX_API void GTFreeRessources(int count, char **list);
  * states (when the name has a "." with a "_" before it), agentAddress (the
  * four numbers joined by ".") and server (not written for the unknown server
  * "0000") receive heap texts; outputs the name does not carry are left as
- * they were. A MIB tag length beyond the name's end takes what is left. */
+ * they were; an output whose copy cannot be made (memory ran out) is NULL.
+ * A MIB tag length beyond the name's end takes what is left. */
 KX_API char *GTDetermineActTrapInformation(const char *path, char **mibFile, char **enterprise,
                                            char **generic, char **specific, char **rest,
                                            char **agentAddress, char **server, char **states);
