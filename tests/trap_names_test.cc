@@ -20,6 +20,8 @@ struct ParseCase {
     std::vector<std::string> pieces;
 };
 
+void PrintTo(const ParseCase &c, std::ostream *out) { *out << c.path.substr(0, 64); }
+
 std::string Piece(const char *text) { return text != nullptr ? text : "-"; }
 
 class TrapNameParser : public ::testing::TestWithParam<ParseCase> {};
