@@ -130,6 +130,56 @@ KX_API char *_GetHostnameByNetAddress(const char *address);
  * KXUtilsFreeResources. */
 KX_API char *_GetNetAddressByHostname(const char *name);
 
+/* ------------------------------------------------------------------------
+ * Directory listings, file removal and lock files
+ * ------------------------------------------------------------------------ */
+
+/* A list of texts handed out by the listing operations is ONE block: count
+ * text pointers, a NULL pointer, then the texts themselves. A single
+ * KXUtilsFreeResources(list) releases it all. */
+
+/* Lists the entries of directory ("" or NULL: the current directory) whose
+ * whole name matches at least one of the expressionCount POSIX extended
+ * regular expressions (the expression describes the whole name, as if it
+ * stood between "^(" and ")$"; an expression that does not compile matches
+ * nothing). Directories are listed only when withDirectories is non-zero;
+ * "." and ".." never. withPath non-zero gives directory + "/" + name, else
+ * the name alone. reserved must be 0. *count receives the number of entries
+ * and *list the block described above, or NULL when nothing matched.
+ * Returns 0; -1 when the directory cannot be read or memory runs out (then
+ * *count is 0 and *list NULL). */
+KX_API int ListDirectory(const char *directory, int reserved, int withDirectories, int withPath,
+                         int expressionCount, const char *const *expressions, int *count,
+                         char ***list);
+
+/* ListDirectory over directoryCount directories, one expression, files only,
+ * the entries of one directory after those of the one before. withPath as
+ * for ListDirectory; reserved must be 1 or 0. *list receives the block
+ * described above (NULL when nothing matched). Returns the number of
+ * entries; 0 when nothing matched, a directory cannot be read (it is passed
+ * over) or memory runs out. */
+KX_API int CreateFileList(char ***list, const char *const *directories, int directoryCount,
+                          const char *expression, int withPath, int reserved);
+
+/* Lock files: a lock is a file that exists. CreateLockFile makes it with
+ * O_CREAT|O_EXCL, so of several processes exactly one succeeds, and writes
+ * the creating process's id into it.
+ * Returns 0 when this call created the lock; -1 when it exists already or
+ * cannot be created. */
+KX_API int CreateLockFile(const char *lockPath);
+
+/* Whether the lock at lockPath is held. Returns 0 when there is no lock,
+ * 1 when this process holds it, -1 when another living process holds it.
+ * A lock left behind by a process that died is removed and reported as no
+ * lock (0): its recorded process no longer exists, or it records none and
+ * is older than staleSeconds (negative: 10 seconds). waitMilliseconds > 0
+ * waits up to that long for a foreign lock to go; otherwise there is no
+ * wait. */
+KX_API int FileIsLocked(const char *lockPath, int waitMilliseconds, int staleSeconds);
+
+/* Removes the lock file. 0 on success, -1 when there was none. */
+KX_API int ReleaseLockFile(const char *lockPath);
+
 KX_EXTERN_C_END
 
 #endif

@@ -1,5 +1,9 @@
 // Path and file-system helpers.
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string_view>
 
 #include "companion/libKXUtils.h"
 
@@ -16,6 +20,17 @@ const char *KXUtilsBasename(const char *path, int /*flag*/) {
 int KXUtilsFileExists(const char *path) {
     struct stat info;
     return (path != nullptr && stat(path, &info) == 0) ? 0 : -1;
+}
+
+int KXUtilsDeleteFile(const char *path) { return (path != nullptr && unlink(path) == 0) ? 0 : -1; }
+
+int KXUtilsWriteMemoryToFile2(const char *path, const char *text, int /*flags*/) {
+    if (path == nullptr || text == nullptr) return -1;
+    std::FILE *file = std::fopen(path, "wb");
+    if (file == nullptr) return -1;
+    const std::string_view content(text);
+    const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
+    return (std::fclose(file) == 0 && written) ? 1 : -1;
 }
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 #include "kx_input.h"
 #include "kx_template.h"
 #include "kx_convert.h"
+#include "kx_trap.h"
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
 #include "companion/libKXsnmp.h"
@@ -10,9 +11,11 @@
 #include "companion/libKXsnmp_traps.h"
 #include "companion/libSnmpFile.h"
 #include "companion/libDBAsciiAccess.h"
+#include "companion/libKXmbcs.h"
 
 /* A C caller sees the records as plain structs. */
 int kx_c_entry_size(void) { return (int)sizeof(EingabeElement); }
+int kx_c_trap_pair_size(void) { return (int)sizeof(TrapTimePair) + (int)sizeof(FwdValRow); }
 
 /* The trap description is 23 words on a 32-bit target; here its pointer
  * words are wider, so only its member order is checked. */

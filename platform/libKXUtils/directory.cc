@@ -1,0 +1,123 @@
+// Directory listings filtered by POSIX extended regular expressions. A list
+// is handed out as one block (pointers, NULL, texts), so that one
+// KXUtilsFreeResources releases it.
+#include <dirent.h>
+#include <regex.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "companion/libKXUtils.h"
+
+namespace kxutils {
+namespace {
+
+// A compiled expression that must match a whole name.
+class WholeNameExpression {
+public:
+    explicit WholeNameExpression(const char *source)
+        : ok_(regcomp(&regex_, ("^(" + std::string(source) + ")$").c_str(), REG_EXTENDED | REG_NOSUB) == 0) {}
+    ~WholeNameExpression() {
+        if (ok_) regfree(&regex_);
+    }
+    WholeNameExpression(const WholeNameExpression &) = delete;
+    WholeNameExpression &operator=(const WholeNameExpression &) = delete;
+    bool Matches(const char *name) const { return ok_ && regexec(&regex_, name, 0, nullptr, 0) == 0; }
+
+private:
+    regex_t regex_;
+    bool ok_;
+};
+
+struct DirCloser {
+    void operator()(DIR *dir) const { closedir(dir); }
+};
+
+bool IsDirectory(const std::string &folder, const dirent &entry) {
+    if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+    struct stat info;
+    return stat((folder + "/" + entry.d_name).c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+struct Filter {
+    std::vector<std::unique_ptr<WholeNameExpression>> expressions;
+    bool withDirectories;
+    bool withPath;
+};
+
+// Appends the matching entries of directory to names; false when it cannot be read.
+bool Collect(const char *directory, const Filter &filter, std::vector<std::string> &names) {
+    const std::string folder = (directory == nullptr || *directory == '\0') ? "." : directory;
+    const std::unique_ptr<DIR, DirCloser> dir(opendir(folder.c_str()));
+    if (!dir) return false;
+    const std::string prefix = (directory == nullptr || *directory == '\0') ? ""
+                               : folder.back() == '/'                      ? folder
+                                                                           : folder + "/";
+    while (const dirent *entry = readdir(dir.get())) {
+        const char *name = entry->d_name;
+        if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) continue;
+        bool match = false;
+        for (const auto &expression : filter.expressions) match = match || expression->Matches(name);
+        if (!match || (!filter.withDirectories && IsDirectory(folder, *entry))) continue;
+        names.push_back(filter.withPath ? prefix + name : std::string(name));
+    }
+    return true;
+}
+
+// The names as one block of pointers and texts; NULL when empty or out of memory.
+char **Pack(const std::vector<std::string> &names) {
+    if (names.empty()) return nullptr;
+    std::size_t bytes = (names.size() + 1) * sizeof(char *);
+    for (const auto &name : names) bytes += name.size() + 1;
+    char **block = static_cast<char **>(std::malloc(bytes));
+    if (block == nullptr) return nullptr;
+    char *text = reinterpret_cast<char *>(block + names.size() + 1);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        std::memcpy(text, names[i].c_str(), names[i].size() + 1);
+        block[i] = text;
+        text += names[i].size() + 1;
+    }
+    block[names.size()] = nullptr;
+    return block;
+}
+
+}  // namespace
+}  // namespace kxutils
+
+extern "C" {
+
+int ListDirectory(const char *directory, int /*reserved*/, int withDirectories, int withPath,
+                  int expressionCount, const char *const *expressions, int *count, char ***list) {
+    if (count == nullptr || list == nullptr) return -1;
+    *count = 0;
+    *list = nullptr;
+    kxutils::Filter filter{{}, withDirectories != 0, withPath != 0};
+    for (int i = 0; expressions != nullptr && i < expressionCount; ++i)
+        if (expressions[i] != nullptr)
+            filter.expressions.push_back(std::make_unique<kxutils::WholeNameExpression>(expressions[i]));
+    std::vector<std::string> names;
+    if (!kxutils::Collect(directory, filter, names)) return -1;
+    *list = kxutils::Pack(names);
+    if (*list == nullptr && !names.empty()) return -1;
+    *count = static_cast<int>(names.size());
+    return 0;
+}
+
+int CreateFileList(char ***list, const char *const *directories, int directoryCount, const char *expression,
+                   int withPath, int /*reserved*/) {
+    if (list == nullptr) return 0;
+    *list = nullptr;
+    if (directories == nullptr || expression == nullptr) return 0;
+    kxutils::Filter filter{{}, false, withPath != 0};
+    filter.expressions.push_back(std::make_unique<kxutils::WholeNameExpression>(expression));
+    std::vector<std::string> names;
+    for (int i = 0; i < directoryCount; ++i) kxutils::Collect(directories[i], filter, names);
+    *list = kxutils::Pack(names);
+    return *list == nullptr ? 0 : static_cast<int>(names.size());
+}
+
+}  // extern "C"
