@@ -22,15 +22,4 @@ int KXUtilsFileExists(const char *path) {
     return (path != nullptr && stat(path, &info) == 0) ? 0 : -1;
 }
 
-int KXUtilsDeleteFile(const char *path) { return (path != nullptr && unlink(path) == 0) ? 0 : -1; }
-
-int KXUtilsWriteMemoryToFile2(const char *path, const char *text, int /*flags*/) {
-    if (path == nullptr || text == nullptr) return -1;
-    std::FILE *file = std::fopen(path, "wb");
-    if (file == nullptr) return -1;
-    const std::string_view content(text);
-    const bool written = std::fwrite(content.data(), 1, content.size(), file) == content.size();
-    return (std::fclose(file) == 0 && written) ? 1 : -1;
-}
-
 }  // extern "C"
