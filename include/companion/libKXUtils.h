@@ -63,6 +63,24 @@ KX_API char *KXUtilsAppendText(const char *front, int frontLength, const char *b
 KX_API int KXUtilsWriteMemoryToFileErrorOutput(const char *path, const char *text, int length,
                                                int *errorCode, char **errorText);
 
+/* Lists the entries of the directoryCount directories (an empty path: the
+ * current directory) whose names match the POSIX extended regular expression
+ * (anywhere in the name; anchor with "^" and "$" for the whole name). Names
+ * beginning with "." are left out. Each directory's names come sorted; with
+ * withPath non-zero each carries its directory and "/". *list receives one
+ * block of the name pointers followed by a NULL pointer, released with one
+ * KXUtilsFreeResources; NULL when nothing matched. Returns the number of
+ * names; 0 also for an expression that does not compile. reserved must be 0. */
+KX_API int CreateFileList(char ***list, char *const *directories, int directoryCount,
+                          const char *expression, int withPath, int reserved);
+
+/* Deletes the file at path: 0, or -1 when it cannot be deleted. */
+KX_API int KXUtilsDeleteFile(const char *path);
+
+/* Creates the directory path (permissions 0700): 0, also when it exists;
+ * -1 otherwise. */
+KX_API int KXUtilsCreateDirectory(const char *path);
+
 /* Releases what the operations of this library returned; NULL is ignored. */
 KX_API void KXUtilsFreeResources(void *resource);
 

@@ -2,6 +2,7 @@
 #include "kx_input.h"
 #include "kx_template.h"
 #include "kx_convert.h"
+#include "kx_profile.h"
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
 #include "companion/libKXsnmp.h"
