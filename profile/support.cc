@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -87,8 +88,19 @@ void SetValueList(int count, EingabeElement *list, int index, const char *text, 
     SetEingabeWertI(count, list, index, text);
     EingabeElement &entry = list[index];
     if (entry.Wert == nullptr) return;
-    entry.WertGesetzt = ErmittleTextElemente(entry.Wert, divider, nullptr, nullptr);
+    int *lengths = nullptr;
+    entry.WertGesetzt = ErmittleTextElemente(entry.Wert, divider, nullptr, &lengths);
     entry.WertPosition = 0;
+    // A divider of several bytes leaves its tail between the values: close
+    // the gaps, so that every value starts just after the previous NUL.
+    const std::size_t gap = divider != nullptr && *divider != '\0' ? std::strlen(divider) - 1 : 0;
+    for (std::size_t from = 0, to = 0, i = 0; gap > 0 && lengths != nullptr && i < static_cast<std::size_t>(entry.WertGesetzt); ++i) {
+        const std::size_t bytes = static_cast<std::size_t>(lengths[i]) + 1;
+        std::memmove(entry.Wert + to, entry.Wert + from, bytes);
+        to += bytes;
+        from += bytes + gap;
+    }
+    std::free(lengths);
 }
 
 void Advance(EingabeElement &entry) {
