@@ -1,6 +1,7 @@
 // Sort tables: one record per item of n parallel joined lists, sorted by
 // the caller, and further lists put into the same order (CreateSortTable,
 // FreeSortTable, SortText).
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -35,8 +36,9 @@ SortTableEntry *NewItem(std::vector<SplitCopy> &copies, int position, int first,
     for (std::size_t i = 0; i < copies.size(); ++i) {
         SplitCopy &copy = copies[i];
         // A shorter list gives its final NUL, the empty text, past its end.
-        item->Values[i] = copy.text + copy.offset;
-        if (copy.offset < copy.size) copy.offset += std::strlen(copy.text + copy.offset) + 1;
+        const std::size_t at = std::min(copy.offset, copy.size);
+        item->Values[i] = copy.text + at;
+        copy.offset = at + std::strlen(copy.text + at) + 1;
     }
     return item;
 }

@@ -335,6 +335,10 @@ TEST_F(Profile, SortTablesKeepTheListsInStep) {
     EXPECT_EQ(HeapText(SortText(strdup("x|y|z"), "|", table, 3)).str(), "y|x|z");
     EXPECT_EQ(HeapText(SortText(strdup("x|y"), "|", table, 0)).str(), "");
     EXPECT_EQ(FreeSortTable(3, table), 0);  // the copies go with position 0, now at index 1
+    const char *uneven[] = {"a", "x|y|z"};  // found by the stream_merge fuzz target
+    ASSERT_EQ(CreateSortTable(uneven, 2, "|", &table, 0, 0), 3);
+    EXPECT_STREQ(table[2]->Values[0], "");
+    FreeSortTable(3, table);
     EXPECT_EQ(CreateSortTable(lists, 2, nullptr, &table, 0, 0), 0);
     EXPECT_EQ(table, nullptr);
 }
