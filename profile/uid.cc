@@ -51,13 +51,16 @@ int NextId(const std::string &counter) {
 
 // Allocates under the counter's lock; -1 when the counter cannot be written.
 int AllocateId(int count, EingabeElement *list) {
+    // The application directory holds the counter and its lock: made when
+    // missing, as are the "uid" folder and the new user's directory below.
+    const std::string application = kx::request::ApplicationDirectory(list, count);
+    if (!application.empty()) MakeDirectory(application);
     const std::string counter = CounterFilePath(count, list);
     const core::FileLock lock(counter.c_str());
     if (!lock.Held()) return -1;
     const int id = NextId(counter);
     if (id < 0 || ReplaceFile(counter, std::to_string(id)) != 0) return -1;
-    // The new user's directory, where the file search will find it.
-    const std::string users = kx::request::ApplicationDirectory(list, count) + "uid";
+    const std::string users = application + "uid";
     MakeDirectory(users);
     MakeDirectory(users + Separator() + std::to_string(id));
     return id;
