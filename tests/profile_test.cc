@@ -140,6 +140,19 @@ TEST_F(Profile, ReadsFilesDroppingLines) {
     EXPECT_EQ(length, 0);
 }
 
+TEST_F(Profile, NameValueFilesThroughInih) {
+    dir_.Write("OID2Mib.ini", "; comment\n1.3.6.1.4.1.231 = FSC-SERVER.mib\n[x]\n1.3.6.1.2=RFC1213.mib\n1.3.6.1.2=second\n");
+    struct Case {
+        const char *name, *value;
+    };
+    for (const Case &c : std::vector<Case>{{"1.3.6.1.4.1.231", "FSC-SERVER.mib"}, {"1.3.6.1.2", "RFC1213.mib"}, {"1.3", nullptr}}) {
+        char *value = KXUtilsGetValueFromName("OID2Mib.ini", c.name, 0);
+        EXPECT_EQ(value ? std::string(value) : "<null>", c.value ? c.value : "<null>");
+        KXUtilsFreeResources(value);
+    }
+    EXPECT_EQ(KXUtilsGetValueFromName("missing.ini", "1.3", 0), nullptr);
+}
+
 TEST_F(Profile, AllocatesUserIdsAndFindsProfiles) {
     Set("UserID", "7");
     EXPECT_EQ(CreateUID(in_.count(), in_.list()), 7);

@@ -74,6 +74,13 @@ KX_API int KXUtilsWriteMemoryToFileErrorOutput(const char *path, const char *tex
 KX_API int CreateFileList(char ***list, char *const *directories, int directoryCount,
                           const char *expression, int withPath, int reserved);
 
+/* The value of the first "name=value" pair of the name/value file at path
+ * (inih rules: names and values trimmed of blanks, ";" and "#" lines are
+ * comments, ":" also assigns, lines of up to 200 bytes), as a heap text
+ * released with KXUtilsFreeResources; NULL when the file cannot be read, has
+ * no such name, or memory runs out. reserved must be 0. */
+KX_API char *KXUtilsGetValueFromName(const char *path, const char *name, int reserved);
+
 /* Deletes the file at path: 0, or -1 when it cannot be deleted. */
 KX_API int KXUtilsDeleteFile(const char *path);
 
