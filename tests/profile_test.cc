@@ -9,6 +9,7 @@
 
 #include "companion/libKXUtils.h"
 #include "kx_profile.h"
+#include "kx_template.h"
 #include "support/kx_test.h"
 
 namespace {
@@ -190,6 +191,20 @@ TEST_F(Profile, AllocatesUserIdsAndFindsProfiles) {
     EXPECT_EQ(CreateUIDFileList(in_.count(), in_.list(), &files), 2);
     EXPECT_STREQ(files[1], "2");
     KXUtilsFreeResources(files);
+}
+
+// The page engine gives a user id to a page named unlike its application
+// (the last character does not count).
+TEST_F(Profile, PagesOfOtherNamesGetAUserId) {
+    const std::string page = dir_.Write("pages/main.htm", "text\n");
+    for (const auto &[application, id] : std::vector<std::pair<const char *, const char *>>{
+             {"bin/mait", nullptr}, {"main", nullptr}, {"console", "1"}, {"other", "1"}}) {
+        Set("Application", application);
+        kx::test::CapturedPage output;
+        ErsetzeUndGebeHtmlDateiAus(page.c_str(), nullptr, -1, -1, &in_.count(), &in_.list());
+        EXPECT_EQ(output.Text(), "text\n");
+        EXPECT_STREQ(At("UserID").Wert, id) << application;
+    }
 }
 
 TEST_F(Profile, NamedFilesOfTheTrapApplication) {
