@@ -8,7 +8,11 @@
  * are also written into the input entry "ErrorText" where it is declared.
  * Every file these operations write is replaced whole (a temporary file in
  * the same directory, flushed, renamed), under a lock beside it.
- */
+ *
+ * Memory: an operation that returns a heap text returns NULL when that text
+ * cannot be allocated; a list or file operation whose working memory runs
+ * out fails as it would on an unreadable or unwritable file (-1, nothing
+ * written). */
 #ifndef KX_PROFILE_H
 #define KX_PROFILE_H
 

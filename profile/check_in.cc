@@ -165,55 +165,61 @@ extern "C" {
 
 int CheckInHandling(int count, EingabeElement *list, const char *name, const char *fileName, const char *divider,
                     const char **keyNames, int keyCount) {
-    using namespace kx::profile;
-    const int index = list != nullptr && name != nullptr ? EingabewertIndex(name, list, count) : count;
-    if (index >= count || !HasValue(&list[index]) || keyNames == nullptr || keyCount < 1) return index;
-    if (ReadNamedUIDFile(count, list, fileName) != 0) return index;
-    std::vector<kx::profile::Cursor> keys;
-    std::vector<EingabeElement *> keyEntries;
-    for (int k = 0; k < keyCount; ++k) {
-        EingabeElement *key = Entry(count, list, keyNames[k]);
-        if (!HasValue(key)) return index;
-        keyEntries.push_back(key);
-        keys.emplace_back(*key);
-    }
-    const std::string glue = divider != nullptr ? divider : "";
-    const std::string result = Translate(list[index], keys, glue);
-    SetValueList(count, list, index, result.c_str(), glue.c_str());
-    for (EingabeElement *key : keyEntries) key->WertPosition = 0;
-    return index;
+    return kx::profile::Guard(count, [&] {
+        using namespace kx::profile;
+        const int index = list != nullptr && name != nullptr ? EingabewertIndex(name, list, count) : count;
+        if (index >= count || !HasValue(&list[index]) || keyNames == nullptr || keyCount < 1) return index;
+        if (ReadNamedUIDFile(count, list, fileName) != 0) return index;
+        std::vector<kx::profile::Cursor> keys;
+        std::vector<EingabeElement *> keyEntries;
+        for (int k = 0; k < keyCount; ++k) {
+            EingabeElement *key = Entry(count, list, keyNames[k]);
+            if (!HasValue(key)) return index;
+            keyEntries.push_back(key);
+            keys.emplace_back(*key);
+        }
+        const std::string glue = divider != nullptr ? divider : "";
+        const std::string result = Translate(list[index], keys, glue);
+        SetValueList(count, list, index, result.c_str(), glue.c_str());
+        for (EingabeElement *key : keyEntries) key->WertPosition = 0;
+        return index;
+    });
 }
 
 char *ConvertToStream(int count, EingabeElement *list, const char *name, const char *divider) {
-    using namespace kx::profile;
-    const EingabeElement *entry = Entry(count, list, name);
-    if (!HasValue(entry)) return nullptr;
-    std::string joined;
-    bool first = true;
-    for (Cursor cursor(*entry); !cursor.Done(); cursor.Next(), first = false) {
-        if (!first && divider != nullptr) joined.append(divider);
-        joined.append(cursor.Current());
-    }
-    return kx::input::HeapCopy(joined);
+    return kx::profile::Guard(static_cast<char *>(nullptr), [&]() -> char * {
+        using namespace kx::profile;
+        const EingabeElement *entry = Entry(count, list, name);
+        if (!HasValue(entry)) return nullptr;
+        std::string joined;
+        bool first = true;
+        for (Cursor cursor(*entry); !cursor.Done(); cursor.Next(), first = false) {
+            if (!first && divider != nullptr) joined.append(divider);
+            joined.append(cursor.Current());
+        }
+        return kx::input::HeapCopy(joined);
+    });
 }
 
 int MergeElementValue(int count, EingabeElement *list, const char *name, const char *newValues, const char *divider) {
-    using namespace kx::profile;
-    const int index = list != nullptr && name != nullptr ? EingabewertIndex(name, list, count) : count;
-    if (newValues == nullptr || index >= count) return index;
-    const std::string glue = divider != nullptr ? divider : "";
-    const EingabeElement &entry = list[index];
-    if (entry.Wert == nullptr || entry.WertGesetzt < 1) {
-        SetValueList(count, list, index, newValues, glue.c_str());
+    return kx::profile::Guard(count, [&] {
+        using namespace kx::profile;
+        const int index = list != nullptr && name != nullptr ? EingabewertIndex(name, list, count) : count;
+        if (newValues == nullptr || index >= count) return index;
+        const std::string glue = divider != nullptr ? divider : "";
+        const EingabeElement &entry = list[index];
+        if (entry.Wert == nullptr || entry.WertGesetzt < 1) {
+            SetValueList(count, list, index, newValues, glue.c_str());
+            return index;
+        }
+        const std::string added(newValues);
+        const auto values = Values(entry);
+        const auto fresh = Split(added, glue);
+        const std::string merged = std::strcmp(name, "Mibname") == 0 ? MergeMibNames(values, fresh, glue)
+                                                                     : AppendMissing(values, fresh, glue);
+        SetValueList(count, list, index, merged.c_str(), glue.c_str());
         return index;
-    }
-    const std::string added(newValues);
-    const auto values = Values(entry);
-    const auto fresh = Split(added, glue);
-    const std::string merged = std::strcmp(name, "Mibname") == 0 ? MergeMibNames(values, fresh, glue)
-                                                                 : AppendMissing(values, fresh, glue);
-    SetValueList(count, list, index, merged.c_str(), glue.c_str());
-    return index;
+    });
 }
 
 int SetListeningEingabeWerte(int count, EingabeElement *list, const char *errorText, const char *check,

@@ -226,35 +226,41 @@ void AppendIniLines(std::string &out, int count, EingabeElement *list, std::stri
 extern "C" {
 
 int ReadIniFile(int count, EingabeElement *list, const char *path) {
-    return kx::profile::ReadIni(count, list, path);
+    return kx::profile::Guard(-1, [&] {
+        return kx::profile::ReadIni(count, list, path);
+    });
 }
 
 int WriteIniFile(int count, EingabeElement *list, const char *divider, const char *mode, int nameCount,
                  const char **names, const char *path, FILE **stream, char **pathOut) {
-    if (pathOut != nullptr) *pathOut = nullptr;
-    if (stream != nullptr) *stream = nullptr;
-    kx::profile::WritePlan plan{{}, mode, {}, {}, true};
-    if (!kx::profile::ProfilePath(count, list, path, plan.path)) return -1;
-    if (pathOut != nullptr) *pathOut = kx::input::HeapCopy(plan.path);
-    return kx::profile::WriteIni(count, list, {divider, mode ? mode : "", nameCount, names, stream}, plan);
+    return kx::profile::Guard(-1, [&] {
+        if (pathOut != nullptr) *pathOut = nullptr;
+        if (stream != nullptr) *stream = nullptr;
+        kx::profile::WritePlan plan{{}, mode, {}, {}, true};
+        if (!kx::profile::ProfilePath(count, list, path, plan.path)) return -1;
+        if (pathOut != nullptr) *pathOut = kx::input::HeapCopy(plan.path);
+        return kx::profile::WriteIni(count, list, {divider, mode ? mode : "", nameCount, names, stream}, plan);
+    });
 }
 
 char *UtilsReadFile(const char *path, int *length, const char **exclusions, int exclusionCount) {
-    if (length != nullptr) *length = 0;
-    const long size = path != nullptr ? KXUtilsFileSize(path) : -1;
-    if (size <= 0) return nullptr;
-    std::FILE *file = std::fopen(path, "rb");
-    if (file == nullptr) return nullptr;
-    std::string kept;
-    char piece[kx::profile::kReadFileLineLimit + 1];
-    while (std::fgets(piece, sizeof piece, file) != nullptr)
-        kx::profile::KeepPiece(kept, piece, exclusions, exclusionCount);
-    std::fclose(file);
-    // A file that grew since its size was taken is kept to that size.
-    if (kept.size() > static_cast<std::size_t>(size)) kept.resize(static_cast<std::size_t>(size));
-    char *text = kx::input::HeapCopy(kept);
-    if (text != nullptr && length != nullptr) *length = static_cast<int>(kept.size());
-    return text;
+    return kx::profile::Guard(static_cast<char *>(nullptr), [&]() -> char * {
+        if (length != nullptr) *length = 0;
+        const long size = path != nullptr ? KXUtilsFileSize(path) : -1;
+        if (size <= 0) return nullptr;
+        std::FILE *file = std::fopen(path, "rb");
+        if (file == nullptr) return nullptr;
+        std::string kept;
+        char piece[kx::profile::kReadFileLineLimit + 1];
+        while (std::fgets(piece, sizeof piece, file) != nullptr)
+            kx::profile::KeepPiece(kept, piece, exclusions, exclusionCount);
+        std::fclose(file);
+        // A file that grew since its size was taken is kept to that size.
+        if (kept.size() > static_cast<std::size_t>(size)) kept.resize(static_cast<std::size_t>(size));
+        char *text = kx::input::HeapCopy(kept);
+        if (text != nullptr && length != nullptr) *length = static_cast<int>(kept.size());
+        return text;
+    });
 }
 
 }  // extern "C"

@@ -24,12 +24,13 @@ struct ReplacingFile {
 
 ssize_t WriteBytes(void *cookie, const char *bytes, std::size_t size) {
     auto *file = static_cast<ReplacingFile *>(cookie);
-    file->content.append(bytes, size);
-    if (ReplaceFile(file->path, file->content) != 0) {
-        file->content.resize(file->content.size() - size);
-        return -1;
-    }
-    return static_cast<ssize_t>(size);
+    const std::size_t before = file->content.size();
+    return Guard(static_cast<ssize_t>(-1), [&] {
+        file->content.append(bytes, size);
+        if (ReplaceFile(file->path, file->content) == 0) return static_cast<ssize_t>(size);
+        file->content.resize(before);
+        return static_cast<ssize_t>(-1);
+    });
 }
 
 int CloseFile(void *cookie) {

@@ -107,66 +107,82 @@ extern "C" {
 
 int WriteNamedUIDFile(int count, EingabeElement *list, const char *name, const char *divider, int nameCount,
                       const char **names, char **pathOut) {
-    using namespace kx::profile;
-    if (pathOut != nullptr) *pathOut = nullptr;
-    if (!HasValue(Entry(count, list, name))) return 0;
-    if (const int error = CreateFolders(count, list)) return error;
-    std::string path;
-    if (!NamedFilePath(count, list, name, true, path)) {
-        ReportError(count, list, kRefused);
-        return -1;
-    }
-    if (pathOut != nullptr) *pathOut = kx::input::HeapCopy(path);
-    return WriteNamed(count, list, name, divider, nameCount, names, path);
+    return kx::profile::Guard(-1, [&] {
+        using namespace kx::profile;
+        if (pathOut != nullptr) *pathOut = nullptr;
+        if (!HasValue(Entry(count, list, name))) return 0;
+        if (const int error = CreateFolders(count, list)) return error;
+        std::string path;
+        if (!NamedFilePath(count, list, name, true, path)) {
+            ReportError(count, list, kRefused);
+            return -1;
+        }
+        if (pathOut != nullptr) *pathOut = kx::input::HeapCopy(path);
+        return WriteNamed(count, list, name, divider, nameCount, names, path);
+    });
 }
 
 int ReadNamedUIDFile(int count, EingabeElement *list, const char *name) {
-    using namespace kx::profile;
-    if (Entry(count, list, name) == nullptr) return 0;
-    std::string path;
-    if (!NamedFilePath(count, list, name, true, path)) {
-        ReportError(count, list, kRefused);
-        return -1;
-    }
-    if (KXUtilsFileExists(path.c_str()) != 0) NamedFilePath(count, list, name, false, path);
-    return ReadIniFile(count, list, path.c_str());
+    return kx::profile::Guard(-1, [&] {
+        using namespace kx::profile;
+        if (Entry(count, list, name) == nullptr) return 0;
+        std::string path;
+        if (!NamedFilePath(count, list, name, true, path)) {
+            ReportError(count, list, kRefused);
+            return -1;
+        }
+        if (KXUtilsFileExists(path.c_str()) != 0) NamedFilePath(count, list, name, false, path);
+        return ReadIniFile(count, list, path.c_str());
+    });
 }
 
 int DeleteNamedUIDFile(int count, EingabeElement *list, const char *name) {
-    using namespace kx::profile;
-    std::string path;
-    if (!NamedFilePath(count, list, name, true, path)) {
-        ReportError(count, list, kRefused);
-        return -1;
-    }
-    const kx::core::FileLock lock(path.c_str());
-    return KXUtilsDeleteFile(path.c_str());
+    return kx::profile::Guard(-1, [&] {
+        using namespace kx::profile;
+        std::string path;
+        if (!NamedFilePath(count, list, name, true, path)) {
+            ReportError(count, list, kRefused);
+            return -1;
+        }
+        const kx::core::FileLock lock(path.c_str());
+        return KXUtilsDeleteFile(path.c_str());
+    });
 }
 
 int CreateUIDFileList(int count, EingabeElement *list, char ***files) {
-    if (files != nullptr) *files = nullptr;
-    return kx::profile::ListFolder(kx::request::ApplicationDirectory(list, count) + "uid", files);
+    return kx::profile::Guard(0, [&]() -> int {
+        if (files != nullptr) *files = nullptr;
+        return kx::profile::ListFolder(kx::request::ApplicationDirectory(list, count) + "uid", files);
+    });
 }
 
 int CreateProfileFileList(int count, EingabeElement *list, char ***files, const char *userId) {
-    using namespace kx::profile;
-    if (files != nullptr) *files = nullptr;
-    const char *id = ListedUser(count, list, userId);
-    return id != nullptr ? ListFolder(UserFolder(count, list, id), files) : 0;
+    return kx::profile::Guard(0, [&]() -> int {
+        using namespace kx::profile;
+        if (files != nullptr) *files = nullptr;
+        const char *id = ListedUser(count, list, userId);
+        return id != nullptr ? ListFolder(UserFolder(count, list, id), files) : 0;
+    });
 }
 
 void CreateArchiveDataFileDirectory(int count, EingabeElement *list, char *buffer, const char *userId) {
-    using namespace kx::profile;
-    if (buffer == nullptr) return;
-    const char *id = ListedUser(count, list, userId);
-    FillBuffer(buffer, id != nullptr ? UserFolder(count, list, id) + Separator() + kArchiveFolder : std::string());
+    if (buffer != nullptr) *buffer = '\0';
+    kx::profile::Guard(0, [&]() -> int {
+        using namespace kx::profile;
+        if (buffer == nullptr) return 0;
+        const char *id = ListedUser(count, list, userId);
+        FillBuffer(buffer, id != nullptr ? UserFolder(count, list, id) + Separator() + kArchiveFolder : std::string());
+        return 0;
+    });
 }
 
 int CreateArchiveDataFileList(int count, EingabeElement *list, char ***files, const char *userId) {
-    using namespace kx::profile;
-    if (files != nullptr) *files = nullptr;
-    const char *id = ListedUser(count, list, userId);
-    return id != nullptr ? ListFolder(UserFolder(count, list, id) + Separator() + kArchiveFolder, files) : 0;
+    return kx::profile::Guard(0, [&]() -> int {
+        using namespace kx::profile;
+        if (files != nullptr) *files = nullptr;
+        const char *id = ListedUser(count, list, userId);
+        return id != nullptr ? ListFolder(UserFolder(count, list, id) + Separator() + kArchiveFolder, files) : 0;
+    });
 }
 
 }  // extern "C"

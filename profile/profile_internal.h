@@ -5,6 +5,7 @@
 #define KX_PROFILE_PROFILE_INTERNAL_H
 
 #include <cstdio>
+#include <new>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -12,6 +13,17 @@
 #include "kx_input.h"
 
 namespace kx::profile {
+
+// Runs work; when its working memory runs out the operation fails with
+// fallback instead of ending the process.
+template <typename Result, typename Work>
+Result Guard(Result fallback, Work &&work) noexcept {
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        return fallback;
+    }
+}
 
 // The entry of name, or null when the list does not declare it.
 EingabeElement *Entry(int count, EingabeElement *list, const char *name);

@@ -9,6 +9,7 @@
 
 #include "input/eingabe/heap_text.h"
 #include "kx_profile.h"
+#include "profile/profile_internal.h"
 
 namespace kx::profile {
 namespace {
@@ -75,9 +76,11 @@ extern "C" {
 
 int CreateSortTable(const char **lists, int n, const char *separator, SortTableEntry ***table, int first,
                     int second) {
-    if (table != nullptr) *table = nullptr;
-    if (lists == nullptr || separator == nullptr || table == nullptr || n < 1) return 0;
-    return kx::profile::Build(lists, n, separator, table, first, second);
+    return kx::profile::Guard(0, [&]() -> int {
+        if (table != nullptr) *table = nullptr;
+        if (lists == nullptr || separator == nullptr || table == nullptr || n < 1) return 0;
+        return kx::profile::Build(lists, n, separator, table, first, second);
+    });
 }
 
 int FreeSortTable(int count, SortTableEntry **table) {
@@ -95,26 +98,28 @@ int FreeSortTable(int count, SortTableEntry **table) {
 }
 
 char *SortText(char *list, const char *separator, SortTableEntry **table, int count) {
-    if (list == nullptr) return nullptr;
-    const std::string glue = separator != nullptr ? separator : "";
-    int *lengths = nullptr;
-    const int elements = ErmittleTextElemente(list, glue.c_str(), nullptr, &lengths);
-    std::vector<std::size_t> offsets;
-    for (std::size_t offset = 0, e = 0; lengths != nullptr && e < static_cast<std::size_t>(elements); ++e) {
-        offsets.push_back(offset);
-        offset += static_cast<std::size_t>(lengths[e]) + glue.size();
-    }
-    std::string sorted;
-    for (int k = 0; table != nullptr && k < count; ++k) {
-        const int position = table[k] != nullptr ? table[k]->Position : -1;
-        // A position outside the list adds nothing.
-        if (position < 0 || static_cast<std::size_t>(position) >= offsets.size()) continue;
-        sorted.append(list + offsets[static_cast<std::size_t>(position)]).append(glue);
-    }
-    if (!sorted.empty()) sorted.pop_back();
-    std::free(list);
-    std::free(lengths);
-    return kx::input::HeapCopy(sorted);
+    return kx::profile::Guard(static_cast<char *>(nullptr), [&]() -> char * {
+        if (list == nullptr) return nullptr;
+        const std::string glue = separator != nullptr ? separator : "";
+        int *lengths = nullptr;
+        const int elements = ErmittleTextElemente(list, glue.c_str(), nullptr, &lengths);
+        std::vector<std::size_t> offsets;
+        for (std::size_t offset = 0, e = 0; lengths != nullptr && e < static_cast<std::size_t>(elements); ++e) {
+            offsets.push_back(offset);
+            offset += static_cast<std::size_t>(lengths[e]) + glue.size();
+        }
+        std::string sorted;
+        for (int k = 0; table != nullptr && k < count; ++k) {
+            const int position = table[k] != nullptr ? table[k]->Position : -1;
+            // A position outside the list adds nothing.
+            if (position < 0 || static_cast<std::size_t>(position) >= offsets.size()) continue;
+            sorted.append(list + offsets[static_cast<std::size_t>(position)]).append(glue);
+        }
+        if (!sorted.empty()) sorted.pop_back();
+        std::free(list);
+        std::free(lengths);
+        return kx::input::HeapCopy(sorted);
+    });
 }
 
 }  // extern "C"

@@ -9,6 +9,7 @@
 
 #include "input/eingabe/heap_text.h"
 #include "kx_profile.h"
+#include "profile/profile_internal.h"
 
 namespace kx::profile {
 namespace {
@@ -120,12 +121,14 @@ extern "C" {
 char *ConvertToStream2(const char *values, int valueCount, const char *divider, int removeCount,
                        const int *removePositions, int start, int end, int step, int groupSize, const char *markers,
                        int keep) {
-    using namespace kx::profile;
-    if (values == nullptr || valueCount < 1) return nullptr;
-    const std::string_view glue = divider != nullptr ? divider : "";
-    const Reshape shape{glue, removePositions != nullptr ? removeCount : 0, removePositions, start, end, step,
-                        groupSize, MarkerNumbers(markers, glue), keep != 0};
-    return kx::input::HeapCopy(Rebuild(values, valueCount, shape));
+    return kx::profile::Guard(static_cast<char *>(nullptr), [&]() -> char * {
+        using namespace kx::profile;
+        if (values == nullptr || valueCount < 1) return nullptr;
+        const std::string_view glue = divider != nullptr ? divider : "";
+        const Reshape shape{glue, removePositions != nullptr ? removeCount : 0, removePositions, start, end, step,
+                            groupSize, MarkerNumbers(markers, glue), keep != 0};
+        return kx::input::HeapCopy(Rebuild(values, valueCount, shape));
+    });
 }
 
 int AnalyzeLeafIDCheck(char *text, const char *marker, char **after, char **second) {

@@ -90,13 +90,15 @@ int ProfileFile(int count, EingabeElement *list, int create, std::string &path) 
 extern "C" {
 
 int CreateUID(int count, EingabeElement *list) {
-    EingabeElement *entry = kx::profile::Entry(count, list, kx::profile::kUserIdEntry);
-    if (entry == nullptr) return -1;
-    const int existing = kx::profile::LeadingNumber(kx::profile::CurrentText(count, list, kx::profile::kUserIdEntry));
-    if (existing >= 1) return existing;
-    const int id = kx::profile::AllocateId(count, list);
-    SetEingabeWertI(count, list, static_cast<int>(entry - list), std::to_string(id).c_str());
-    return id;
+    return kx::profile::Guard(-1, [&] {
+        EingabeElement *entry = kx::profile::Entry(count, list, kx::profile::kUserIdEntry);
+        if (entry == nullptr) return -1;
+        const int existing = kx::profile::LeadingNumber(kx::profile::CurrentText(count, list, kx::profile::kUserIdEntry));
+        if (existing >= 1) return existing;
+        const int id = kx::profile::AllocateId(count, list);
+        SetEingabeWertI(count, list, static_cast<int>(entry - list), std::to_string(id).c_str());
+        return id;
+    });
 }
 
 int ValidateProfile(int count, EingabeElement *list, char **profile) {
@@ -112,20 +114,26 @@ int ValidateProfile(int count, EingabeElement *list, char **profile) {
 }
 
 void CreateUIDFIleDirectoryname(int count, EingabeElement *list, char *buffer) {
-    if (buffer == nullptr) return;
-    const std::string directory = kx::profile::UserDirectory(count, list, nullptr);
-    const std::size_t size = std::min(directory.size(), static_cast<std::size_t>(KX_PATH_SIZE - 1));
-    std::memcpy(buffer, directory.data(), size);
-    buffer[size] = '\0';
+    if (buffer != nullptr) *buffer = '\0';
+    kx::profile::Guard(0, [&]() -> int {
+        if (buffer == nullptr) return 0;
+        const std::string directory = kx::profile::UserDirectory(count, list, nullptr);
+        const std::size_t size = std::min(directory.size(), static_cast<std::size_t>(KX_PATH_SIZE - 1));
+        std::memcpy(buffer, directory.data(), size);
+        buffer[size] = '\0';
+        return 0;
+    });
 }
 
 int CreateUIDFIle(int count, EingabeElement *list, int create, char **path) {
-    if (path != nullptr) *path = nullptr;
-    std::string file;
-    const int result = kx::profile::ProfileFile(count, list, create, file);
-    if (result != 0 || path == nullptr) return result;
-    *path = kx::input::HeapCopy(file);
-    return *path != nullptr ? 0 : -1;
+    return kx::profile::Guard(-1, [&] {
+        if (path != nullptr) *path = nullptr;
+        std::string file;
+        const int result = kx::profile::ProfileFile(count, list, create, file);
+        if (result != 0 || path == nullptr) return result;
+        *path = kx::input::HeapCopy(file);
+        return *path != nullptr ? 0 : -1;
+    });
 }
 
 }  // extern "C"
