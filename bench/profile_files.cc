@@ -6,7 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -36,8 +38,9 @@ struct List {
         for (const std::string &name : names) pointers.push_back(name.c_str());
     }
     ~List() { kx::bench::FreeList(list, count); }
-    void SetList(const char *name, const std::string &joined) {
-        const int index = SetEingabeWert(count, list, name, joined.c_str());
+    void SetList(const char *name, const std::string &joined) { SetAt(EingabewertIndex(name, list, count), joined); }
+    void SetAt(int index, const std::string &joined) {
+        SetEingabeWertI(count, list, index, joined.c_str());
         list[index].WertGesetzt = ErmittleTextElemente(list[index].Wert, ",", nullptr, nullptr);
     }
     std::vector<std::string> names;
@@ -46,13 +49,28 @@ struct List {
     int count = 0;
 };
 
+// CPU seconds of the fastest of five runs: on a shared machine the wall
+// time of a long run also counts the time other processes had the CPU.
+template <typename Work>
+double BestCpuSeconds(Work &&work) {
+    double best = 1e30;
+    for (int i = 0; i < 5; ++i) {
+        timespec start{}, end{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &start);
+        work();
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &end);
+        best = std::min(best, static_cast<double>(end.tv_sec - start.tv_sec) + (end.tv_nsec - start.tv_nsec) * 1e-9);
+    }
+    return best;
+}
+
 int CountPair(void *user, const char *, const char *name, const char *value) {
     *static_cast<size_t *>(user) += std::strlen(name) + std::strlen(value);
     return 1;
 }
 
 double InihSeconds(const std::string &path) {
-    return kx::bench::BestSeconds([&] {
+    return BestCpuSeconds([&] {
         size_t bytes = 0;
         ini_parse(path.c_str(), CountPair, &bytes);
     });
@@ -74,14 +92,17 @@ void Row(const char *name, int n, double seconds, double reference) {
 
 void Measure(int n, const std::string &folder) {
     List keys(n);
-    for (int i = 0; i < n; ++i) keys.SetList(keys.names[static_cast<size_t>(i)].c_str(), std::string("value").append(std::to_string(i)).append(",x"));
+    for (int i = 0; i < n; ++i) keys.SetAt(i, std::string("value").append(std::to_string(i)).append(",x"));
     const std::string profile = folder + "/profile";
-    const double write = kx::bench::BestSeconds([&] {
+    const auto writeProfile = [&] {
         WriteIniFile(keys.count, keys.list, "|", "w", n, keys.pointers.data(), profile.c_str(), nullptr, nullptr);
-    });
-    const double read = kx::bench::BestSeconds([&] { ReadIniFile(keys.count, keys.list, profile.c_str()); });
+    };
+    const double write = BestCpuSeconds(writeProfile);
+    const double writeWall = kx::bench::BestSeconds(writeProfile);
+    const double read = BestCpuSeconds([&] { ReadIniFile(keys.count, keys.list, profile.c_str()); });
     const double inih = InihSeconds(profile);
-    Row("WriteIniFile (atomic, fsync)", n, write, inih);
+    Row("WriteIniFile (atomic)", n, write, inih);
+    std::printf("%-30s %7d keys %9.2f ms wall time, fsync included\n", "WriteIniFile (atomic, fsync)", n, writeWall * 1e3);
     Row("ReadIniFile", n, read, inih);
 
     // The key table as a user file: numbers 0 .. n-1 and their texts.
@@ -91,19 +112,19 @@ void Measure(int n, const std::string &folder) {
     const char *table[] = {"Keys", "Texts"};
     WriteNamedUIDFile(keys.count, keys.list, "Keys", ",", 1, table + 1, nullptr);
     const std::string selection = Numbers(n, 0);
-    const double checkIn = kx::bench::BestSeconds([&] {
+    const double checkIn = BestCpuSeconds([&] {
         keys.SetList("Sel", selection);
         CheckInHandling(keys.count, keys.list, "Sel", "Keys", ",", table, 2);
     });
     Row("CheckInHandling", n, checkIn, InihSeconds("uid/1/Keys"));
     const std::string added = Numbers(n, n / 2);
-    const double merge = kx::bench::BestSeconds([&] {
+    const double merge = BestCpuSeconds([&] {
         keys.SetList("Mibname", selection);
         MergeElementValue(keys.count, keys.list, "Mibname", added.c_str(), ",");
         keys.SetList("Sel", selection);
         MergeElementValue(keys.count, keys.list, "Sel", added.c_str(), ",");
     });
-    const double set = kx::bench::BestSeconds([&] {
+    const double set = BestCpuSeconds([&] {
         std::unordered_set<std::string> seen;
         for (int i = 0; i < n + n / 2; ++i) seen.insert(std::to_string(i));
     });
@@ -119,7 +140,7 @@ int main() {
     const std::filesystem::path saved = std::filesystem::current_path();
     std::filesystem::current_path(pattern);
     std::filesystem::create_directories("uid/1");
-    std::printf("Profiles and value lists (best of 5; ns/key flat = linear growth)\n");
+    std::printf("Profiles and value lists (CPU time, best of 5; ns/key flat = linear growth)\n");
     for (const int n : {1000, 10000, 100000}) Measure(n, pattern);
     std::filesystem::current_path(saved);
     std::filesystem::remove_all(pattern);

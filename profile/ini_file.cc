@@ -8,6 +8,7 @@
 // whole, never a part of one.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -41,28 +42,31 @@ std::string_view DividerOf(std::string_view firstLine) {
     return CutAtLineEnd(firstLine).substr(0, kDividerLimit);
 }
 
-// Sets the entry named in one "name=values" line; undeclared names are left.
+// Sets the entry named in one "name=values" line, which ends in a NUL;
+// undeclared names are left.
 void ApplyLine(int count, EingabeElement *list, const std::unordered_map<std::string_view, int> &index,
                std::string_view line, const std::string &divider) {
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos) return;
     const auto found = index.find(line.substr(0, equals));
     if (found == index.end()) return;
-    const std::string value(line.substr(equals + 1));
-    SetValueList(count, list, found->second, value.c_str(), divider.c_str());
+    SetValueList(count, list, found->second, line.data() + equals + 1, divider.c_str());
 }
 
-void ApplyContent(int count, EingabeElement *list, std::string_view content) {
+// Goes through the file's lines, ending each with a NUL in place.
+void ApplyContent(int count, EingabeElement *list, std::string &content) {
     const auto index = IndexByName(count, list);
     std::string divider;
-    for (bool first = true; !content.empty(); first = false) {
-        const std::size_t end = content.find('\n');
-        const std::string_view line = CutAtLineEnd(content.substr(0, end));
-        content.remove_prefix(end == std::string_view::npos ? content.size() : end + 1);
+    std::size_t start = 0;
+    for (bool first = true; start < content.size(); first = false) {
+        const std::size_t end = std::min(content.find('\n', start), content.size());
+        const std::string_view line = CutAtLineEnd(std::string_view(content).substr(start, end - start));
+        content[start + line.size()] = '\0';  // at the CR, LF or NUL, or the string's own end
         if (first)
             divider = DividerOf(line);
         else
             ApplyLine(count, list, index, line, divider);
+        start = end + 1;
     }
 }
 

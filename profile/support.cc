@@ -74,6 +74,7 @@ const char *CurrentText(int count, EingabeElement *list, const char *name) {
 
 std::unordered_map<std::string_view, int> IndexByName(int count, const EingabeElement *list) {
     std::unordered_map<std::string_view, int> index;
+    index.reserve(count > 0 ? static_cast<std::size_t>(count) : 0);
     for (int i = 0; list != nullptr && i < count; ++i)
         if (list[i].Name != nullptr) index.emplace(list[i].Name, i);
     return index;
@@ -88,12 +89,12 @@ void SetValueList(int count, EingabeElement *list, int index, const char *text, 
     SetEingabeWertI(count, list, index, text);
     EingabeElement &entry = list[index];
     if (entry.Wert == nullptr) return;
-    int *lengths = nullptr;
-    entry.WertGesetzt = ErmittleTextElemente(entry.Wert, divider, nullptr, &lengths);
-    entry.WertPosition = 0;
     // A divider of several bytes leaves its tail between the values: close
     // the gaps, so that every value starts just after the previous NUL.
     const std::size_t gap = divider != nullptr && *divider != '\0' ? std::strlen(divider) - 1 : 0;
+    int *lengths = nullptr;
+    entry.WertGesetzt = ErmittleTextElemente(entry.Wert, divider, nullptr, gap > 0 ? &lengths : nullptr);
+    entry.WertPosition = 0;
     for (std::size_t from = 0, to = 0, i = 0; gap > 0 && lengths != nullptr && i < static_cast<std::size_t>(entry.WertGesetzt); ++i) {
         const std::size_t bytes = static_cast<std::size_t>(lengths[i]) + 1;
         std::memmove(entry.Wert + to, entry.Wert + from, bytes);
