@@ -55,7 +55,8 @@ int Build(const char **lists, int n, const char *separator, SortTableEntry ***ta
         copies.push_back({text, std::strlen(list), 0});
     }
     if (items < 1) return FreeCopies(copies), 0;
-    auto **array = static_cast<SortTableEntry **>(std::calloc(static_cast<std::size_t>(items), sizeof(SortTableEntry *)));
+    const auto itemCount = static_cast<std::size_t>(items);
+    auto **array = static_cast<SortTableEntry **>(std::calloc(itemCount, sizeof(SortTableEntry *)));
     for (int j = 0; array != nullptr && j < items; ++j) {
         array[j] = NewItem(copies, j, first, second);
         if (array[j] == nullptr) {

@@ -95,7 +95,8 @@ void SetValueList(int count, EingabeElement *list, int index, const char *text, 
     int *lengths = nullptr;
     entry.WertGesetzt = ErmittleTextElemente(entry.Wert, divider, nullptr, gap > 0 ? &lengths : nullptr);
     entry.WertPosition = 0;
-    for (std::size_t from = 0, to = 0, i = 0; gap > 0 && lengths != nullptr && i < static_cast<std::size_t>(entry.WertGesetzt); ++i) {
+    const auto values = static_cast<std::size_t>(entry.WertGesetzt);
+    for (std::size_t from = 0, to = 0, i = 0; gap > 0 && lengths != nullptr && i < values; ++i) {
         const std::size_t bytes = static_cast<std::size_t>(lengths[i]) + 1;
         std::memmove(entry.Wert + to, entry.Wert + from, bytes);
         to += bytes;

@@ -93,7 +93,8 @@ int CreateUID(int count, EingabeElement *list) {
     return kx::profile::Guard(-1, [&] {
         EingabeElement *entry = kx::profile::Entry(count, list, kx::profile::kUserIdEntry);
         if (entry == nullptr) return -1;
-        const int existing = kx::profile::LeadingNumber(kx::profile::CurrentText(count, list, kx::profile::kUserIdEntry));
+        const char *current = kx::profile::CurrentText(count, list, kx::profile::kUserIdEntry);
+        const int existing = kx::profile::LeadingNumber(current);
         if (existing >= 1) return existing;
         const int id = kx::profile::AllocateId(count, list);
         SetEingabeWertI(count, list, static_cast<int>(entry - list), std::to_string(id).c_str());

@@ -124,10 +124,11 @@ static void ColumnStyle(EingabeElement *list, int count) {
     const char *shown = Current(list, count, "Columns");
     char style[1024] = "";
     size_t used = 0;
-    for (size_t i = 0; i < sizeof kColumns / sizeof kColumns[0]; ++i)
+    for (size_t i = 0; i < sizeof kColumns / sizeof kColumns[0] && used < sizeof style; ++i)
         if (!Names(shown, kColumns[i]))
             used += (size_t)snprintf(style + used, sizeof style - used,
-                                     ".servers td:nth-child(%zu),.servers th:nth-child(%zu){display:none}", i + 1, i + 1);
+                                     ".servers td:nth-child(%zu),.servers th:nth-child(%zu){display:none}",
+                                     i + 1, i + 1);
     SetEingabeWert(count, list, "ColumnStyle", style);
 }
 
