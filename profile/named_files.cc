@@ -126,6 +126,12 @@ int ReadNamedUIDFile(int count, EingabeElement *list, const char *name) {
     return kx::profile::Guard(-1, [&] {
         using namespace kx::profile;
         if (Entry(count, list, name) == nullptr) return 0;
+        // Without a user directory the file is not there: nothing outside
+        // it is read in its place.
+        if (NamedFolder(count, list).empty()) {
+            ReportError(count, list, "Open: OpenUIDFile %s fails!", name);
+            return -1;
+        }
         std::string path;
         if (!NamedFilePath(count, list, name, true, path)) {
             ReportError(count, list, kRefused);
@@ -140,6 +146,7 @@ int DeleteNamedUIDFile(int count, EingabeElement *list, const char *name) {
     return kx::profile::Guard(-1, [&] {
         using namespace kx::profile;
         std::string path;
+        if (NamedFolder(count, list).empty()) return -1;
         if (!NamedFilePath(count, list, name, true, path)) {
             ReportError(count, list, kRefused);
             return -1;

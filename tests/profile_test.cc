@@ -71,7 +71,8 @@ TEST_F(Profile, ReadsIniLinesIntoEntries) {
         {"|\nColumns=a|b|c\n", {"a", "b", "c"}},
         {"|\r\nColumns=a|b\r\nUnknown=1\nno equals sign\n", {"a", "b"}},
         {";\nColumns=x=y;|z", {"x=y", "|z"}},
-        {"0123456789ABCDEFGHIJ\nColumns=a0123456789ABCDEFb0123456789ABCDE", {"a", "Fb", ""}},  // divider cut to 15 bytes
+        // The divider is cut to 15 bytes.
+        {"0123456789ABCDEFGHIJ\nColumns=a0123456789ABCDEFb0123456789ABCDE", {"a", "Fb", ""}},
         {std::string("|\nColumns=a\0b|c\n", 16), {"a"}},
         {"|\nColumns=" + std::string(100000, 'v') + "\n", {std::string(100000, 'v')}},
     };
@@ -142,11 +143,13 @@ TEST_F(Profile, ReadsFilesDroppingLines) {
 }
 
 TEST_F(Profile, NameValueFilesThroughInih) {
-    dir_.Write("OID2Mib.ini", "; comment\n1.3.6.1.4.1.231 = FSC-SERVER.mib\n[x]\n1.3.6.1.2=RFC1213.mib\n1.3.6.1.2=second\n");
+    dir_.Write("OID2Mib.ini",
+               "; comment\n1.3.6.1.4.1.231 = FSC-SERVER.mib\n[x]\n1.3.6.1.2=RFC1213.mib\n1.3.6.1.2=second\n");
     struct Case {
         const char *name, *value;
     };
-    for (const Case &c : std::vector<Case>{{"1.3.6.1.4.1.231", "FSC-SERVER.mib"}, {"1.3.6.1.2", "RFC1213.mib"}, {"1.3", nullptr}}) {
+    const std::vector<Case> cases = {{"1.3.6.1.4.1.231", "FSC-SERVER.mib"}, {"1.3.6.1.2", "RFC1213.mib"}, {"1.3", nullptr}};
+    for (const Case &c : cases) {
         char *value = KXUtilsGetValueFromName("OID2Mib.ini", c.name, 0);
         EXPECT_EQ(value ? std::string(value) : "<null>", c.value ? c.value : "<null>");
         KXUtilsFreeResources(value);
@@ -278,7 +281,8 @@ TEST_F(Profile, ChecksInNumbersThroughTheKeyTable) {
         const char *values;
         std::vector<std::string> result;
     };
-    for (const Case &c : std::vector<Case>{{"2,x,5", {"a_c", "x", "b_d"}}, {"2,9,5", {"a_c"}}, {"5,2", {"b_d", "a_c"}}}) {
+    const std::vector<Case> cases = {{"2,x,5", {"a_c", "x", "b_d"}}, {"2,9,5", {"a_c"}}, {"5,2", {"b_d", "a_c"}}};
+    for (const Case &c : cases) {
         std::string values = c.values;
         Set("Columns", values.c_str());
         At("Columns").WertGesetzt = ErmittleTextElemente(At("Columns").Wert, ",", nullptr, nullptr);
@@ -303,7 +307,8 @@ TEST_F(Profile, ReworksValueLists) {
     for (const Case &c : cases) {
         Set(c.name, nullptr);
         if (c.old) MergeElementValue(in_.count(), in_.list(), c.name, c.old, ",");
-        EXPECT_EQ(MergeElementValue(in_.count(), in_.list(), c.name, c.added, ","), EingabewertIndex(c.name, in_.list(), in_.count()));
+        const int index = EingabewertIndex(c.name, in_.list(), in_.count());
+        EXPECT_EQ(MergeElementValue(in_.count(), in_.list(), c.name, c.added, ","), index);
         EXPECT_EQ(HeapText(ConvertToStream(in_.count(), in_.list(), c.name, ",")).str(), c.stream) << c.added;
     }
     EXPECT_EQ(ConvertToStream(in_.count(), in_.list(), "Refresh", ","), nullptr);
