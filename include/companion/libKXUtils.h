@@ -84,10 +84,6 @@ KX_API char *KXUtilsGetValueFromName(const char *path, const char *name, int res
 /* Deletes the file at path: 0, or -1 when it cannot be deleted. */
 KX_API int KXUtilsDeleteFile(const char *path);
 
-/* Creates the directory path (permissions 0700): 0, also when it exists;
- * -1 otherwise. */
-KX_API int KXUtilsCreateDirectory(const char *path);
-
 /* Releases what the operations of this library returned; NULL is ignored. */
 KX_API void KXUtilsFreeResources(void *resource);
 

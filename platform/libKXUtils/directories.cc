@@ -1,11 +1,9 @@
-// Directory listings and the removal and creation of files and folders.
+// Directory listings and the removal of files.
 #include <dirent.h>
 #include <regex.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -68,11 +66,6 @@ int CreateFileList(char ***list, char *const *directories, int directoryCount, c
 
 int KXUtilsDeleteFile(const char *path) {
     return path != nullptr && unlink(path) == 0 ? 0 : -1;
-}
-
-int KXUtilsCreateDirectory(const char *path) {
-    if (path == nullptr) return -1;
-    return mkdir(path, 0700) == 0 || errno == EEXIST ? 0 : -1;
 }
 
 }  // extern "C"
