@@ -11,7 +11,7 @@
 #include "companion/libKXUtils.h"
 #include "convert/convert_internal.h"
 #include "convert/paths.h"
-#include "convert/pending.h"
+#include "kx_profile.h"
 #include "kx_convert.h"
 #include "kx_input.h"
 

@@ -9,6 +9,7 @@
 
 #include "companion/libKXUtils.h"
 #include "input/eingabe/html_escape.h"
+#include "kx_profile.h"
 #include "kx_template.h"
 #include "template/entry_values.h"
 #include "template/invocation.h"
@@ -211,9 +212,23 @@ void Run(Invocation &inv, FILE *in, const char *text) {
     }
 }
 
+// A page of another name than its application's gives the user an id. The
+// names' last characters are not compared.
+void CheckUserId(Invocation &inv) {
+    const int index = EingabewertIndex("Application", *inv.pList, *inv.pCount);
+    const char *current = CurrentTextAt(inv.pCount, inv.pList, index);
+    const std::string application(current != nullptr ? current : "");
+    const std::string_view app = KXUtilsBasename(application.c_str(), 0);
+    const std::string_view page = HTMLBasename(inv.path.c_str());
+    const size_t pageLength = std::min(page.find('.'), page.size());
+    if (app.size() != pageLength || (pageLength > 0 && app.substr(0, pageLength - 1) != page.substr(0, pageLength - 1)))
+        CreateUID(*inv.pCount, *inv.pList);
+}
+
 void RunFile(Invocation &inv) {
     const long size = KXUtilsFileSize(inv.path.c_str());
     AllocateLine(inv, size > 0 ? static_cast<size_t>(size) : 0);
+    CheckUserId(inv);
     DeclarePageTexts(inv);
     TakeMarkers(inv);
     File in(std::fopen(inv.path.c_str(), "r"));

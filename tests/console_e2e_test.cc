@@ -10,7 +10,11 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/web_server.h"
@@ -162,6 +166,67 @@ TEST_F(Console, DefinitionMessagesFollowTheHeader) {
     EXPECT_EQ(reply.status, 200);
     EXPECT_EQ(reply.body.rfind("<! ErmittleEingabe: Fehler in 'console.ini'", 0), 0u) << reply.body.substr(0, 200);
     EXPECT_TRUE(Contains(reply, "</html>"));
+}
+
+// Two operators at once: each gets a user id and keeps the page's settings
+// in a profile of their own, read again by every later request.
+TEST_F(Console, OperatorsKeepTheirSettingsInTheirProfiles) {
+    const std::regex idField("name=\"UserID\" value=\"([0-9]+)\"");
+    std::string ids[2];
+    const char *operators[] = {"ann", "bob"}, *columns[] = {"Server+State", "Server+Memory+Free"};
+    std::thread first[2];
+    for (int u = 0; u < 2; ++u)
+        first[u] = std::thread([&, u] {
+            const HttpReply page = server_->Get(std::string("/console.cgi?Application=console&Operator=") + operators[u]);
+            std::smatch id;
+            if (std::regex_search(page.body, id, idField)) ids[u] = id[1];
+        });
+    for (std::thread &t : first) t.join();
+    ASSERT_FALSE(ids[0].empty());
+    ASSERT_FALSE(ids[1].empty());
+    EXPECT_NE(ids[0], ids[1]);
+    std::thread save[2];
+    for (int u = 0; u < 2; ++u)
+        save[u] = std::thread([&, u] {
+            server_->Post("/console.cgi", "Application=console&SaveSettings=1&UserID=" + ids[u] + "&Operator=" +
+                                              operators[u] + "&RefreshSeconds=" + std::to_string(11 * (u + 1)) +
+                                              "&Columns=" + columns[u]);
+        });
+    for (std::thread &t : save) t.join();
+    for (int u = 0; u < 2; ++u) {
+        const HttpReply next = server_->Get("/console.cgi?Application=console&UserID=" + ids[u] + "&Operator=" + operators[u]);
+        EXPECT_TRUE(Contains(next, "content=\"" + std::to_string(11 * (u + 1)) + "\"")) << operators[u];
+        EXPECT_EQ(Contains(next, ".servers td:nth-child(5)"), u == 0) << "Memory shown to bob only";
+        EXPECT_TRUE(Contains(next, "nth-child(2)")) << "Id hidden for both";
+    }
+    EXPECT_TRUE(std::filesystem::exists(server_->www() + "/../console/uid/" + ids[0] + "/ann"));
+}
+
+// Operator and user id names that would leave the user directory are
+// refused: nothing is written anywhere else in the site.
+TEST_F(Console, ProfilePathsCannotLeaveTheUserDirectory) {
+    namespace fs = std::filesystem;
+    const fs::path site = fs::path(server_->www()).parent_path();
+    const auto files = [&] {
+        std::set<std::string> found;
+        for (const auto &entry : fs::recursive_directory_iterator(site))
+            if (entry.is_regular_file() && entry.path().string().find("/uid/") == std::string::npos)
+                found.insert(entry.path().string());
+        return found;
+    };
+    server_->Get("/console.cgi?Application=console");
+    const std::set<std::string> before = files();
+    const std::string definition = server_->www() + "/console.ini";
+    const auto modified = fs::last_write_time(definition);
+    for (const char *attack : {"Operator=..%2F..%2F..%2Fwww%2Fconsole.ini", "Operator=%252e%252e", "Operator=%2Ftmp%2Fkx-profile-escape",
+                               "UserID=..%2F..&Operator=x", "UserID=1%2F..%2F..%2F..&Operator=console.ini",
+                               "Operator=..%5C..%5Cx", "Operator=a%00%2F..%2F..%2Fb"}) {
+        const HttpReply reply = server_->Post("/console.cgi", std::string("Application=console&SaveSettings=1&RefreshSeconds=1&") + attack);
+        EXPECT_EQ(reply.status, 200) << attack;
+    }
+    EXPECT_EQ(files(), before);
+    EXPECT_EQ(fs::last_write_time(definition), modified);
+    EXPECT_FALSE(fs::exists("/tmp/kx-profile-escape"));
 }
 
 TEST_F(Console, BadRequestsGetAPageAndTheServerKeepsServing) {

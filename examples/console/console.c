@@ -9,7 +9,7 @@
  * Whatever the library writes before the page (messages about a faulty
  * definition) is held until the HTTP header has gone out, so that it can
  * never be taken for a header line. A request that saves a setting
- * ("SetIniValue") must carry the form token of the browser's session, which
+ * ("SetIniValue", "SaveSettings") must carry the form token of the browser's session, which
  * only the console's own settings form knows.
  */
 #define _GNU_SOURCE
@@ -19,6 +19,7 @@
 #include <sys/random.h>
 
 #include "kx_input.h"
+#include "kx_profile.h"
 #include "kx_template.h"
 
 /* Pages live in this folder beside the program; a request names only the
@@ -107,9 +108,10 @@ static void SessionToken(struct Token *token) {
     token->fresh = 1;
 }
 
-/* A request that saves must carry the session's token in its form. */
+/* A request that saves (into the definition or the operator's profile)
+ * must carry the session's token in its form. */
 static int SaveAllowed(const char *request, const struct Token *token) {
-    if (strstr(request, "SetIniValue") == NULL) return 1;
+    if (strstr(request, "SetIniValue") == NULL && strstr(request, "SaveSettings") == NULL) return 1;
     char *sent = RequestValue(request, kTokenName);
     const int same = sent != NULL && !token->fresh && strcmp(sent, token->text) == 0;
     free(sent);
@@ -128,6 +130,54 @@ static char *PagePath(EingabeElement *list, int count) {
     char *path = malloc(size);
     if (path != NULL) snprintf(path, size, "%s%s", kPageFolder, page);
     return path;
+}
+
+/* The overview page's settings, kept per operator in their profile. */
+static const char *kProfileSettings[] = {"RefreshSeconds", "Columns"};
+/* The columns of the server table, in order, as "Columns" names them. */
+static const char *const kColumns[] = {"Server", "Id", "State", "Uptime", "Memory", "Free", "Boot", "Groups"};
+
+static const char *Current(EingabeElement *list, int count, const char *name) {
+    const int index = EingabewertIndex(name, list, count);
+    if (index >= count) return NULL;
+    return list[index].Wert ? list[index].Wert + list[index].WertPosition : list[index].Vorgabe;
+}
+
+/* The signed-in operator has a user id (a new one on the first page) and a
+ * profile named after them: a posted "SaveSettings" writes the page's
+ * settings into it, every other request reads them from it. The library
+ * refuses an operator name that would leave the user's directory. */
+static void OperatorProfile(EingabeElement *list, int count) {
+    SetEingabeWert(count, list, "Profile", Current(list, count, "Operator"));
+    if (CreateUID(count, list) < 1) return;
+    const char *save = Current(list, count, "SaveSettings");
+    if (save != NULL && *save != '\0')
+        WriteIniFile(count, list, "|", "w", 2, kProfileSettings, NULL, NULL, NULL);
+    else
+        ReadIniFile(count, list, NULL);
+}
+
+/* True when the blank-separated list names word. */
+static int Names(const char *list, const char *word) {
+    const size_t length = strlen(word);
+    for (const char *p = list; p != NULL && *p != '\0'; p += strcspn(p, " ")) {
+        p += strspn(p, " ");
+        if (strncmp(p, word, length) == 0 && (p[length] == ' ' || p[length] == '\0')) return 1;
+    }
+    return 0;
+}
+
+/* "ColumnStyle": a rule hiding each column that "Columns" leaves out. */
+static void ColumnStyle(EingabeElement *list, int count) {
+    const char *shown = Current(list, count, "Columns");
+    char style[1024] = "";
+    size_t used = 0;
+    for (size_t i = 0; i < sizeof kColumns / sizeof kColumns[0] && used < sizeof style; ++i)
+        if (!Names(shown, kColumns[i]))
+            used += (size_t)snprintf(style + used, sizeof style - used,
+                                     ".servers td:nth-child(%zu),.servers th:nth-child(%zu){display:none}",
+                                     i + 1, i + 1);
+    SetEingabeWert(count, list, "ColumnStyle", style);
 }
 
 static void FreeList(EingabeElement *list, int count) {
@@ -177,6 +227,8 @@ static const char *Prepare(char *request, const char *program, struct Token *tok
     WertzuweisungEingabe(assignments, request, count, list, "~");
     /* The form carries the session's token, whatever the request sent. */
     SetEingabeWert(*count, *list, kTokenName, token->text);
+    OperatorProfile(*list, *count);
+    ColumnStyle(*list, *count);
     return NULL;
 }
 

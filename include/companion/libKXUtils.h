@@ -68,6 +68,13 @@ KX_API char *KXUtilsAppendText(const char *front, int frontLength, const char *b
 KX_API int KXUtilsWriteMemoryToFileErrorOutput(const char *path, const char *text, int length,
                                                int *errorCode, char **errorText);
 
+/* The value of the first "name=value" pair of the name/value file at path
+ * (inih rules: names and values trimmed of blanks, ";" and "#" lines are
+ * comments, ":" also assigns, lines of up to 200 bytes), as a heap text
+ * released with KXUtilsFreeResources; NULL when the file cannot be read, has
+ * no such name, or memory runs out. reserved must be 0. */
+KX_API char *KXUtilsGetValueFromName(const char *path, const char *name, int reserved);
+
 /* Releases what the operations of this library returned; NULL is ignored. */
 KX_API void KXUtilsFreeResources(void *resource);
 
@@ -143,7 +150,8 @@ KX_API char *_GetNetAddressByHostname(const char *name);
  * regular expressions (the expression describes the whole name, as if it
  * stood between "^(" and ")$"; an expression that does not compile matches
  * nothing). Directories are listed only when withDirectories is non-zero;
- * "." and ".." never. withPath non-zero gives directory + "/" + name, else
+ * hidden names (beginning with ".") never. The names of each directory come
+ * in byte order. withPath non-zero gives directory + "/" + name, else
  * the name alone. reserved must be 0. *count receives the number of entries
  * and *list the block described above, or NULL when nothing matched.
  * Returns 0; -1 when the directory cannot be read or memory runs out (then

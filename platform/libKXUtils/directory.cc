@@ -1,10 +1,14 @@
 // Directory listings filtered by POSIX extended regular expressions. A list
 // is handed out as one block (pointers, NULL, texts), so that one
-// KXUtilsFreeResources releases it.
+// KXUtilsFreeResources releases it. Hidden names (".", "..", lock files such
+// as ".name.lock", temporary files of writers) are never listed, and the
+// names of each directory come in byte order, so that a page shows the same
+// listing on every file system.
 #include <dirent.h>
 #include <regex.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -57,14 +61,16 @@ bool Collect(const char *directory, const Filter &filter, std::vector<std::strin
     const std::string prefix = (directory == nullptr || *directory == '\0') ? ""
                                : folder.back() == '/'                      ? folder
                                                                            : folder + "/";
+    const size_t first = names.size();
     while (const dirent *entry = readdir(dir.get())) {
         const char *name = entry->d_name;
-        if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) continue;
+        if (name[0] == '.') continue;
         bool match = false;
         for (const auto &expression : filter.expressions) match = match || expression->Matches(name);
         if (!match || (!filter.withDirectories && IsDirectory(folder, *entry))) continue;
         names.push_back(filter.withPath ? prefix + name : std::string(name));
     }
+    std::sort(names.begin() + static_cast<std::ptrdiff_t>(first), names.end());
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "kx_template.h"
 #include "kx_convert.h"
 #include "kx_trap.h"
+#include "kx_profile.h"
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
 #include "companion/libKXsnmp.h"
