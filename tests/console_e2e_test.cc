@@ -188,9 +188,10 @@ TEST_F(Console, OperatorsKeepTheirSettingsInTheirProfiles) {
     std::thread save[2];
     for (int u = 0; u < 2; ++u)
         save[u] = std::thread([&, u] {
-            server_->Post("/console.cgi", "Application=console&SaveSettings=1&UserID=" + ids[u] + "&Operator=" +
-                                              operators[u] + "&RefreshSeconds=" + std::to_string(11 * (u + 1)) +
-                                              "&Columns=" + columns[u]);
+            server_->Post("/console.cgi",
+                          Save("SaveSettings=1&UserID=" + ids[u] + "&Operator=" + operators[u] + "&RefreshSeconds=" +
+                               std::to_string(11 * (u + 1)) + "&Columns=" + columns[u]),
+                          Session());
         });
     for (std::thread &t : save) t.join();
     for (int u = 0; u < 2; ++u) {
@@ -221,7 +222,8 @@ TEST_F(Console, ProfilePathsCannotLeaveTheUserDirectory) {
     for (const char *attack : {"Operator=..%2F..%2F..%2Fwww%2Fconsole.ini", "Operator=%252e%252e", "Operator=%2Ftmp%2Fkx-profile-escape",
                                "UserID=..%2F..&Operator=x", "UserID=1%2F..%2F..%2F..&Operator=console.ini",
                                "Operator=..%5C..%5Cx", "Operator=a%00%2F..%2F..%2Fb"}) {
-        const HttpReply reply = server_->Post("/console.cgi", std::string("Application=console&SaveSettings=1&RefreshSeconds=1&") + attack);
+        const HttpReply reply =
+            server_->Post("/console.cgi", Save(std::string("SaveSettings=1&RefreshSeconds=1&") + attack), Session());
         EXPECT_EQ(reply.status, 200) << attack;
     }
     EXPECT_EQ(files(), before);

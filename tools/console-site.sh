@@ -6,7 +6,9 @@
 set -eu
 site=$1 program=$2 port=$3
 here=$(cd "$(dirname "$0")/.." && pwd)
-mkdir -p "$site/www" "$site/run"
+# The console's user files ("RootPath" "..") live in SITE/console, outside
+# the web root.
+mkdir -p "$site/www" "$site/run" "$site/console"
 cp -R "$here/examples/console/." "$site/www/"
 rm -f "$site/www/"*.c
 cp "$program" "$site/www/console.cgi"
@@ -38,5 +40,5 @@ server.username = "nobody"
 server.groupname = "nogroup"
 CONF
   chmod 755 "$site"
-  chown -R nobody:nogroup "$site/www" "$site/run"
+  chown -R nobody:nogroup "$site/www" "$site/run" "$site/console"
 fi

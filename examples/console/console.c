@@ -17,6 +17,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/random.h>
+#include <unistd.h>
 
 #include "kx_input.h"
 #include "kx_profile.h"
@@ -151,10 +152,15 @@ static void OperatorProfile(EingabeElement *list, int count) {
     SetEingabeWert(count, list, "Profile", Current(list, count, "Operator"));
     if (CreateUID(count, list) < 1) return;
     const char *save = Current(list, count, "SaveSettings");
-    if (save != NULL && *save != '\0')
+    if (save != NULL && *save != '\0') {
         WriteIniFile(count, list, "|", "w", 2, kProfileSettings, NULL, NULL, NULL);
-    else
-        ReadIniFile(count, list, NULL);
+        return;
+    }
+    /* An operator's first page finds no profile yet: nothing to read, and no
+     * error to show. */
+    char *path = NULL;
+    if (CreateUIDFIle(count, list, 0, &path) == 0 && access(path, F_OK) == 0) ReadIniFile(count, list, path);
+    free(path);
 }
 
 /* True when the blank-separated list names word. */

@@ -160,14 +160,16 @@ KX_API int ListDirectory(const char *directory, int reserved, int withDirectorie
                          int expressionCount, const char *const *expressions, int *count,
                          char ***list);
 
-/* ListDirectory over directoryCount directories, one expression, files only,
- * the entries of one directory after those of the one before. withPath as
- * for ListDirectory; reserved must be 1 or 0. *list receives the block
- * described above (NULL when nothing matched). Returns the number of
- * entries; 0 when nothing matched, a directory cannot be read (it is passed
- * over) or memory runs out. */
+/* ListDirectory over directoryCount directories and one expression, the
+ * entries of one directory after those of the one before. filesOnly non-zero
+ * lists files only (the trap listings); 0 lists directories as well (a
+ * user's directory lists its user ids, a page folder its subfolders).
+ * withPath as for ListDirectory. *list receives the block described above
+ * (NULL when nothing matched). Returns the number of entries; 0 when nothing
+ * matched, a directory cannot be read (it is passed over) or memory runs
+ * out. */
 KX_API int CreateFileList(char ***list, const char *const *directories, int directoryCount,
-                          const char *expression, int withPath, int reserved);
+                          const char *expression, int withPath, int filesOnly);
 
 /* Lock files: a lock is a file that exists. CreateLockFile makes it with
  * O_CREAT|O_EXCL, so of several processes exactly one succeeds, and writes

@@ -114,11 +114,11 @@ int ListDirectory(const char *directory, int /*reserved*/, int withDirectories, 
 }
 
 int CreateFileList(char ***list, const char *const *directories, int directoryCount, const char *expression,
-                   int withPath, int /*reserved*/) {
+                   int withPath, int filesOnly) {
     if (list == nullptr) return 0;
     *list = nullptr;
     if (directories == nullptr || expression == nullptr) return 0;
-    kxutils::Filter filter{{}, false, withPath != 0};
+    kxutils::Filter filter{{}, filesOnly == 0, withPath != 0};
     filter.expressions.push_back(std::make_unique<kxutils::WholeNameExpression>(expression));
     std::vector<std::string> names;
     for (int i = 0; i < directoryCount; ++i) kxutils::Collect(directories[i], filter, names);
