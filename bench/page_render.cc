@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kx_input.h"
+#include "kx_list.h"
 #include "kx_template.h"
 #include "measure.h"
 #include "bench_support.h"
@@ -127,6 +128,6 @@ int main() {
     kx::bench::PrintTime("fwrite of the same bytes", written, kRows, written);
     std::fclose(sink);
     hdf_destroy(&data);
-    kx::bench::FreeList(list, count);
+    KXFreeEingabeList(list, count);
     return 0;
 }

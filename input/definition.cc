@@ -9,6 +9,8 @@
 #include <string>
 
 #include "companion/libKXUtils.h"
+#include "core/file.h"
+#include "core/markers.h"
 #include "input/definition_reader.h"
 #include "input/request_internal.h"
 
@@ -22,17 +24,9 @@ char _IniFilenameDivideSign[2] = {'\0', '\0'};
 namespace kx::request {
 namespace {
 
-// A definition argument that begins with one of these bytes is a definition
-// text in memory; any other is an application name.
-constexpr std::array<unsigned char, 12> kInMemoryMarkers = {
-    '~', '|', ' ', '&', '%', '$', 0xA7, '!', '"', '!', '^', '#'};
-
 constexpr std::string_view kDefinitionEnding = ".ini";
 
-struct FileCloser {
-    void operator()(std::FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
+using core::File;
 
 // One call of ErmittleEingabe or ErmittleEingabe2.
 struct Request {
@@ -46,8 +40,7 @@ struct Request {
 };
 
 bool IsInMemory(const char *application) {
-    const auto first = static_cast<unsigned char>(application[0]);
-    return std::find(kInMemoryMarkers.begin(), kInMemoryMarkers.end(), first) != kInMemoryMarkers.end();
+    return core::IsDefinitionMarker(application[0]);
 }
 
 void RememberList(EingabeElement **list, int *count) {

@@ -8,7 +8,7 @@
 #include <array>
 #include <string_view>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_input.h"
 
 int _mylog = 0;
@@ -123,7 +123,7 @@ char *ServerEncoding(const char *text, int *length, int encodeBlank, int doubleP
 }
 
 char *ServerDecoding(const char *text) {
-    if (text == nullptr) return kx::input::HeapCopy({});
+    if (text == nullptr) return kx::core::HeapCopy({});
     // The output is never longer than the input, so it is written straight
     // into the text handed back.
     char *out = static_cast<char *>(std::malloc(std::strlen(text) + 1));

@@ -10,9 +10,10 @@
 #include <string>
 
 #include "template/count_entries.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 constexpr const char *kNoMatchingCycle = "<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\n";

@@ -7,7 +7,9 @@
 
 #include "companion/libKXUtils.h"
 #include "kx_template.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
+#include "core/evaluation.h"
+#include "core/text.h"
 #include "template/nesting.h"
 #include "template/seams.h"
 
@@ -17,6 +19,7 @@ int _ThisValueIndex = -1;
 }
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 struct Control {
@@ -39,17 +42,8 @@ public:
     ControlMode &operator=(const ControlMode &) = delete;
 };
 
-char *HeapCopy(const std::string &text) {
-    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
-    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
-}
-
-// MatchIt's result as a heap text of our own.
-char *EvaluatedCopy(const char *text, int cycleIndex) {
-    char *value = MatchIt(text, "{", cycleIndex, nullptr);
-    return value == text ? HeapCopy(text) : value;
-}
+// MatchIt's result as a heap text of our own; nullptr when memory runs out.
+char *EvaluatedCopy(std::string_view text, int cycleIndex) { return Evaluation(text, cycleIndex).Release(); }
 
 // "_type." right after "=": a word between "_" and the first ".".
 std::string TypeOf(const char *at, const char *end, const char **body) {
@@ -104,9 +98,8 @@ std::string FileTest(const std::string &left) {
     std::string path = left;
     for (char &c : path)
         if (c == '/' || c == '\\') c = Verzeichnistrenner[0];
-    char *evaluated = EvaluatedCopy(path.c_str(), -2);
-    const bool exists = evaluated != nullptr && KXUtilsFileExists(evaluated) == 0;
-    std::free(evaluated);
+    const Evaluation evaluated(path, -2);
+    const bool exists = !evaluated.Failed() && KXUtilsFileExists(std::string(evaluated.Text()).c_str()) == 0;
     return exists ? "1" : "0";
 }
 
@@ -150,11 +143,8 @@ char *BranchValue(const Control &ctl, std::string branch) {
     std::string out;
     if (thisAt != nullptr && thisAt[5] != '\0') {
         const std::string joined = std::string(chain.name, static_cast<size_t>(thisAt - chain.name)) + (converted ? converted : "") + (thisAt + 5);
-        char *link = KXUtilsStringReplace(joined.c_str(), "javascript%3A", "javascript:");
         std::free(converted);
-        converted = EvaluatedCopy(link != nullptr ? link : joined.c_str(), ctl.cycleIndex);
-        KXUtilsFreeResources(link);
-        return converted;
+        return EvaluatedCopy(ReplaceAll(joined, "javascript%3A", "javascript:"), ctl.cycleIndex);
     }
     if (chain.start != nullptr && chain.start > branch.data()) out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
     out += converted != nullptr ? converted : "";
@@ -246,9 +236,8 @@ char *Run(const Control &ctl, char *text, int *consumed) {
     const std::string type = TypeOf(text + ctl.skip, close, &body);
     char *result = EvaluateBody(ctl, type, std::string(body, close), consumed);
     if (result == nullptr || std::strstr(result, "{_txt_") == nullptr) return result;
-    char *again = MatchIt(result, "{", ctl.cycleIndex, nullptr);
-    if (again != result) std::free(result);
-    return again;
+    const HeapText once(result);
+    return EvaluatedCopy(once.View(), ctl.cycleIndex);
 }
 
 char *Evaluate(const Control &ctl, const std::string &branch) {

@@ -11,11 +11,12 @@
 
 #include "kx_template.h"
 #include "template/cycle.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 constexpr const char *kNil = "<nil>";

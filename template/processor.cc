@@ -9,11 +9,14 @@
 
 #include "companion/libKXUtils.h"
 #include "kx_template.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
+#include "core/file.h"
+#include "core/text.h"
 #include "template/invocation.h"
 #include "template/nesting.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 // A "{" followed by one of these opens a placeholder that must end on the
@@ -38,11 +41,6 @@ private:
     int saved_;
 };
 
-struct FileCloser {
-    void operator()(FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, FileCloser>;
-
 void TakeMarkers(Invocation &inv) {
     const char *start = CurrentTextAt(inv.pCount, inv.pList, inv.startIndex);
     const char *end = CurrentTextAt(inv.pCount, inv.pList, inv.endIndex);
@@ -60,8 +58,7 @@ void AllocateLine(Invocation &inv, size_t inputSize) {
 bool DeleteCopyrightWanted(const Invocation &inv) {
     const int index = EingabewertIndex("DeleteCopyright", *inv.pList, *inv.pCount);
     if (index >= *inv.pCount) return false;
-    const EingabeElement &entry = (*inv.pList)[index];
-    const char *text = (entry.Wert != nullptr && *entry.Wert != '\0') ? entry.Wert : entry.Vorgabe;
+    const char *text = SettingText((*inv.pList)[index]);
     return text != nullptr && (*text == 'y' || *text == 'Y');
 }
 
@@ -81,9 +78,9 @@ void DeclarePageTexts(Invocation &inv) {
     inv.pageTexts.Load(textPath);
     for (int i = 0; i < inv.pageTexts.Count(); ++i) {
         const std::string key = std::string("_txt_") + inv.pageTexts.Name(i);
-        char *decoded = ServerDecoding(key.c_str());
-        AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded, 1, inv.pageTexts.Value(i));
-        std::free(decoded);
+        const HeapText decoded(ServerDecoding(key.c_str()));
+        if (!decoded) continue;
+        AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded.Get(), 1, inv.pageTexts.Value(i));
     }
     std::fill(inv.line.begin(), inv.line.end(), '\0');
 }
@@ -166,12 +163,11 @@ void ReportUnfinished(Invocation &inv, const LineCursor &cursor) {
     }
     const size_t brace = pending.find('{');
     std::string shown = pending.substr(brace == std::string::npos ? 0 : brace, 20);
-    char *quoted = KXUtilsStringReplace(shown.c_str(), "\"", "\\\"");
+    const std::string quoted = ReplaceAll(shown, "\"", "\\\"");
     std::snprintf(head, sizeof head,
                   "\n<script language=JavaScript>\n<!--\nalert(\"KX Pagecraft Syntax Error:"
                   "\\n\\nError line %d: No matching '}' for '%s' ...>\");\n// -->\n</script>\n",
-                  inv.lineStart, quoted != nullptr ? quoted : shown.c_str());
-    KXUtilsFreeResources(quoted);
+                  inv.lineStart, quoted.c_str());
     inv.Write(head);
 }
 
@@ -221,12 +217,6 @@ void RunString(Invocation &inv, const char *text) {
     TakeMarkers(inv);
     if (!inv.markersDefined || std::strstr(text, inv.startMarker.c_str()) == nullptr) return;
     Run(inv, nullptr, text);
-}
-
-char *HeapCopy(const std::string &text) {
-    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
-    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
 }
 
 }  // namespace

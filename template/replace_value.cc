@@ -7,11 +7,12 @@
 #include <string>
 
 #include "kx_template.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
 #include "template/markers.h"
 #include "template/seams.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 // "3 - Degraded": the digits, the whole value or the text, as "EnumOutput"

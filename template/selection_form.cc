@@ -10,10 +10,13 @@
 #include <vector>
 
 #include "kx_template.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
+#include "core/evaluation.h"
+#include "core/text.h"
 #include "template/markers.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 // The state of one DetermineReplaceValue call.
@@ -26,19 +29,6 @@ struct Selection {
     int cycleIndex;
     Markers markers;
 };
-
-char *HeapCopy(const std::string &text) {
-    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
-    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
-}
-
-std::string Evaluate(const std::string &text, int cycleIndex) {
-    char *value = MatchIt(text.c_str(), "{", cycleIndex, nullptr);
-    std::string out = value != nullptr ? value : "";
-    if (value != text.c_str()) std::free(value);
-    return out;
-}
 
 // The text from first up to last; empty when last lies before first.
 std::string Between(const char *first, const char *last) {
@@ -63,21 +53,17 @@ int SimplePlaceholder(Selection &s) {
 // Prefix_e1|Prefix_e2|..., each element evaluated first.
 std::string Candidates(const std::string &prefix, const std::string &elements, int cycleIndex) {
     std::string list;
-    size_t from = 0;
-    for (;;) {
-        const size_t bar = elements.find('|', from);
-        const std::string element = elements.substr(from, bar - from);
-        if (!list.empty() || from > 0) list += '|';
-        list += prefix + "_" + Evaluate(element, cycleIndex < 0 ? -2 : cycleIndex);
-        if (bar == std::string::npos) return list;
-        from = bar + 1;
+    for (std::string_view element : Split(elements, "|")) {
+        if (!list.empty()) list += '|';
+        list += prefix + "_" + Evaluated(element, cycleIndex < 0 ? -2 : cycleIndex);
     }
+    return list;
 }
 
 // "[n]" or "[{X}]" at the end of the candidate text.
 int ValueIndexIn(const std::string &bracketed, int cycleIndex) {
     if (bracketed.empty() || bracketed[0] != '{') return std::atoi(bracketed.c_str());
-    const std::string value = Evaluate(bracketed, cycleIndex < 0 ? -2 : cycleIndex);
+    const std::string value = Evaluated(bracketed, cycleIndex < 0 ? -2 : cycleIndex);
     return (!value.empty() && value[0] == '{') ? -1 : std::atoi(value.c_str());
 }
 

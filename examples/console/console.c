@@ -11,6 +11,7 @@
 #include <string.h>
 
 #include "kx_input.h"
+#include "kx_list.h"
 #include "kx_template.h"
 
 /* Pages live in this folder beside the program; a request names only the
@@ -83,15 +84,6 @@ static char *PagePath(EingabeElement *list, int count) {
     return path;
 }
 
-static void FreeList(EingabeElement *list, int count) {
-    for (int i = 0; i < count; ++i) {
-        free(list[i].Name);
-        free(list[i].Wert);
-        free(list[i].Vorgabe);
-    }
-    free(list);
-}
-
 int main(int argc, char **argv) {
     (void)argc;
     char *request = RequestText();
@@ -107,7 +99,7 @@ int main(int argc, char **argv) {
     const int unknown = ErmittleEingabe2(application, &list, &count, NULL, argv[0], 0);
     free(application);
     if (unknown) {
-        FreeList(list, count);
+        KXFreeEingabeList(list, count);
         free(request);
         return Fail("404 Not Found", "The application named in the request is not installed here.");
     }
@@ -120,7 +112,7 @@ int main(int argc, char **argv) {
     ErsetzeUndGebeHtmlDateiAus(page, NULL, iErsetzungsAnfang, iErsetzungsEnde, &count, &list);
     fflush(_Utilsfpout ? _Utilsfpout : stdout);
     free(page);
-    FreeList(list, count);
+    KXFreeEingabeList(list, count);
     free(request);
     return 0;
 }

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_input.h"
 
 EingabeElement **_pEingabe = nullptr;
@@ -51,7 +51,7 @@ int EingabewertIndex(const char *name, EingabeElement *list, int count) {
 
 int SetEingabeWertI(int count, EingabeElement *list, int index, const char *text) {
     if (list == nullptr || !kx::input::ValidIndex(index, count)) return index;
-    kx::input::StoreValue(list[index], text ? kx::input::HeapCopy(text) : nullptr);
+    kx::input::StoreValue(list[index], text ? kx::core::HeapCopy(text) : nullptr);
     return index;
 }
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_input.h"
 
 namespace kx::input {
@@ -26,8 +26,8 @@ extern "C" {
 
 char *UtilsErzeugeText(const char *source, int length) {
     if (length < 0) length = 0;
-    if (source == nullptr) return kx::input::HeapCopy({});
-    return kx::input::HeapCopy({source, static_cast<size_t>(length)});
+    if (source == nullptr) return kx::core::HeapCopy({});
+    return kx::core::HeapCopy({source, static_cast<size_t>(length)});
 }
 
 char *EweitereText(const char *text, const char *piece, int pieceLength, const char *separator) {

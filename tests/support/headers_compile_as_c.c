@@ -1,6 +1,7 @@
 /* The exported headers are C headers: this file is compiled as C. */
 #include "kx_input.h"
 #include "kx_template.h"
+#include "kx_list.h"
 #include "kx_convert.h"
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
