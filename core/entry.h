@@ -12,6 +12,10 @@
 
 namespace kx::core {
 
+// The entry named like a list entry followed by this holds the group sizes of
+// a nested list, one decimal number per value of the list.
+inline constexpr std::string_view Text_Internalcount = "Internalcount";
+
 // Bytes the entry's values occupy in Wert, terminating NULs included.
 size_t ValuesSpan(const EingabeElement &entry);
 

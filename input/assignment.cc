@@ -8,14 +8,14 @@
 #include <string>
 #include <string_view>
 
+#include "core/entry.h"
 #include "core/text.h"
+#include "core/value_cursor.h"
+#include "input/assignment_actions.h"
 #include "kx_input.h"
 #include "kx_template.h"
-#include "template/assignment_actions.h"
-#include "template/count_entries.h"
-#include "template/value_cursor.h"
 
-namespace kx::tmpl {
+namespace kx::input {
 using namespace kx::core;
 namespace {
 
@@ -166,9 +166,9 @@ char *Assign(int count, const char *text, int *pCount, EingabeElement **pList, c
 }
 
 }  // namespace
-}  // namespace kx::tmpl
+}  // namespace kx::input
 
 extern "C" char *WertzuweisungEingabe(int count, const char *text, int *pCount, EingabeElement **pList,
                                       const char *divider) {
-    return kx::tmpl::Assign(count, text, pCount, pList, divider);
+    return kx::input::Assign(count, text, pCount, pList, divider);
 }

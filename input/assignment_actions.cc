@@ -9,11 +9,11 @@
 #include "core/entry.h"
 #include "core/markers.h"
 #include "core/text.h"
+#include "input/assignment_actions.h"
 #include "kx_input.h"
 #include "kx_template.h"
-#include "template/assignment_actions.h"
 
-namespace kx::tmpl {
+namespace kx::input {
 using namespace kx::core;
 namespace {
 
@@ -115,4 +115,4 @@ void ApplySetIniValue(EingabeElement *list, int count) {
     }
 }
 
-}  // namespace kx::tmpl
+}  // namespace kx::input

@@ -8,7 +8,7 @@
 #include "companion/libKXUtils.h"
 #include "kx_template.h"
 
-namespace kx::tmpl {
+namespace kx::input {
 namespace {
 
 struct FreeResource {
@@ -65,19 +65,19 @@ int ChangeContent(const char *path, const char *key, const char *text, const cha
 size_t PartLength(const char *part, int length) { return (part != nullptr && length > 0) ? static_cast<size_t>(length) : 0; }
 
 }  // namespace
-}  // namespace kx::tmpl
+}  // namespace kx::input
 
 extern "C" {
 
 int ChangeFileContent(const char *path, const char *key, const char *text, const char *stopSet, int stopSetLength) {
-    return kx::tmpl::ChangeContent(path, key, text, stopSet, stopSetLength);
+    return kx::input::ChangeContent(path, key, text, stopSet, stopSetLength);
 }
 
 char *ErweitereBlock(const char *front, int frontLength, const char *back, int backLength, const char *middle,
                      int middleLength) {
-    const size_t f = kx::tmpl::PartLength(front, frontLength);
-    const size_t m = kx::tmpl::PartLength(middle, middleLength);
-    const size_t b = kx::tmpl::PartLength(back, backLength);
+    const size_t f = kx::input::PartLength(front, frontLength);
+    const size_t m = kx::input::PartLength(middle, middleLength);
+    const size_t b = kx::input::PartLength(back, backLength);
     // An empty block is still a block of its own, so null only means "no memory".
     char *block = static_cast<char *>(std::malloc(f + m + b > 0 ? f + m + b : 1));
     if (block == nullptr) return nullptr;

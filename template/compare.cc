@@ -9,7 +9,7 @@
 #include "core/text.h"
 #include "kx_input.h"
 #include "kx_template.h"
-#include "template/value_cursor.h"
+#include "core/value_cursor.h"
 
 namespace kx::tmpl {
 using namespace kx::core;

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <string>
 
-#include "template/count_entries.h"
 #include "core/entry.h"
 
 namespace kx::tmpl {

@@ -6,12 +6,12 @@
 #include <string>
 
 #include "companion/libKXUtils.h"
+#include "kx_convert.h"
 #include "kx_template.h"
 #include "core/entry.h"
 #include "core/evaluation.h"
 #include "core/text.h"
 #include "template/nesting.h"
-#include "template/seams.h"
 
 extern "C" {
 int _InCreateValueFromControl = 0;
@@ -130,15 +130,22 @@ private:
 
 char *Evaluate(const Control &ctl, const std::string &branch);
 
+// Where the conversion chain of a branch text starts and the name behind it.
+struct ConversionChain {
+    char *name = nullptr;   // the name after the chain, or the branch text itself
+    char *start = nullptr;  // the "_" that starts the chain (or "_this"), or NULL
+};
+
 // The chosen branch: a nested control, or a name behind a conversion chain.
 char *BranchValue(const Control &ctl, std::string branch) {
     if (branch.starts_with("{=")) return Evaluate(ctl, branch);
-    const ConversionChain chain = FindConversion(branch.data());
+    ConversionChain chain;
+    chain.name = DetermineConversion(branch.data(), &chain.start);
     const char *thisAt = std::strstr(chain.name, "_this");
     char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;
-    char *converted = ApplyConversion(branch.data(), value, ctl.cycleIndex);
+    char *converted = ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex);
     _ThisValueIndex = saved;
     std::string out;
     if (thisAt != nullptr && thisAt[5] != '\0') {
@@ -177,10 +184,12 @@ bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
     if (!*usable) return false;
     if (EntryAt(ctl.pCount, ctl.pList, leftIndex) == nullptr && cond.type != "_file") return false;
     const CyclePosition position(ctl, cond.left.starts_with("{") ? leftIndex : -1);
-    return CompareStep({cond.type.c_str(), cond.op.c_str(), static_cast<int>(cond.op.size()),
-                        cond.type == "_file" ? fileText.c_str() : nullptr, cond.right.c_str(),
-                        ctl.cycleIndex, leftIndex, leftValueIndex, ctl.elementIndex, ctl.pList,
-                        ctl.pCount});
+    // An operator outside the table (a single "=" or "!") has the index -1,
+    // which CompareFunction answers with false.
+    const int op = DetermineCompareIndex(cond.op.c_str(), static_cast<int>(cond.op.size()));
+    return CompareFunction(cond.type.c_str(), op, cond.type == "_file" ? fileText.c_str() : nullptr,
+                           cond.right.c_str(), ctl.cycleIndex, leftIndex, leftValueIndex,
+                           ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
 }
 
 // Splits the body at "?" and the ":" that pairs with it.

@@ -6,10 +6,11 @@
 #include <cstring>
 #include <string>
 
-#include "kx_template.h"
 #include "core/entry.h"
+#include "core/text.h"
+#include "kx_input.h"
+#include "kx_template.h"
 #include "template/markers.h"
-#include "template/seams.h"
 
 namespace kx::tmpl {
 using namespace kx::core;
@@ -54,10 +55,10 @@ std::string CollectValues(const Store &st, const EingabeElement &prefix, const i
     for (int i = 0; i < count; ++i) {
         const char *value = SelectedValue(prefix, indices[i], valueIndex, prefix.WertPosition);
         const std::string printed = EnumeratedPart(value, st.pCount, st.pList);
-        char *encoded = ServerEncoding(printed.c_str(), nullptr, 0, 0);
+        // A value that memory does not suffice to encode is left empty.
+        const HeapText encoded(ServerEncoding(printed.c_str(), nullptr, 0, 0));
         if (i > 0) collected += st.divider;
-        collected += encoded;
-        std::free(encoded);
+        collected += encoded.View();
     }
     return collected;
 }
@@ -75,10 +76,8 @@ void StoreSelection(const Store &st, const std::string &prefixName, const int *i
     }
     const std::string values = CollectValues(st, *prefix, indices, count, valueIndex);
     // A "=" inside the name would end it in the assignment text.
-    char *escaped = StringReplace(st.name, "=", "^i^g^");
-    std::string text = std::string(escaped != nullptr ? escaped : st.name) + "=" + values;
-    std::free(escaped);
-    AssignValues(text.data(), st.pCount, st.pList, st.divider);
+    std::string text = ReplaceAll(st.name, "=", "^i^g^") + "=" + values;
+    WertzuweisungEingabe(1, text.data(), st.pCount, st.pList, st.divider);
 }
 
 }  // namespace

@@ -1,15 +1,17 @@
 // Walking the values of an input-list entry without leaving them.
-#ifndef KX_TEMPLATE_VALUE_CURSOR_H
-#define KX_TEMPLATE_VALUE_CURSOR_H
+#ifndef KX_CORE_VALUE_CURSOR_H
+#define KX_CORE_VALUE_CURSOR_H
 
 #include <cstddef>
 #include <cstring>
 
 #include "kx_input.h"
 
-namespace kx::tmpl {
+namespace kx::core {
 
-// The bytes of the first WertGesetzt values of an entry, each with its NUL.
+// The bytes of the first WertGesetzt values of an entry, each with its NUL:
+// the bytes an append keeps. Unlike ValuesSpan, an entry whose Wert holds no
+// counted value keeps none of it.
 inline size_t ValueBytes(const EingabeElement &entry) {
     if (entry.Wert == nullptr) return 0;
     size_t offset = 0;
@@ -60,6 +62,6 @@ private:
     size_t bytes_ = 0;
 };
 
-}  // namespace kx::tmpl
+}  // namespace kx::core
 
 #endif

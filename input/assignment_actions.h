@@ -1,12 +1,12 @@
 // The page actions that WertzuweisungEingabe carries out once per list.
-#ifndef KX_TEMPLATE_ASSIGNMENT_ACTIONS_H
-#define KX_TEMPLATE_ASSIGNMENT_ACTIONS_H
+#ifndef KX_INPUT_ASSIGNMENT_ACTIONS_H
+#define KX_INPUT_ASSIGNMENT_ACTIONS_H
 
 #include <string_view>
 
 #include "kx_input.h"
 
-namespace kx::tmpl {
+namespace kx::input {
 
 // False when the list has an entry "PLSet" already (its actions were done);
 // otherwise declares it with the default "yes" and returns true.
@@ -23,6 +23,6 @@ void ApplyParameterList(int *pCount, EingabeElement **pList, std::string_view di
 // file as that entry's default.
 void ApplySetIniValue(EingabeElement *list, int count);
 
-}  // namespace kx::tmpl
+}  // namespace kx::input
 
 #endif
