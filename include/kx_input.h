@@ -65,8 +65,10 @@ KX_API int GetInputValue(int count, EingabeElement *list, const char *name, char
 
 /* Declares one more entry exactly as a definition line would: kind < 2 gives
  * 'n', otherwise 'j'. An existing name only gets the new kind and default.
- * A NULL separator means "|", a NULL default "". Returns 0, -1 when memory
- * runs out. The list may be reallocated. */
+ * A NULL separator means "|", a NULL default "". Returns 0 (also for a NULL
+ * list or count, which declare nothing); -1 for a NULL name, and when memory
+ * runs out, in which case no entry was added or changed. The list may be
+ * reallocated. */
 KX_API int AppendToEingabe(int *count, EingabeElement **list, const char *separator,
                            const char *name, int kind, const char *defaultText);
 
