@@ -2,12 +2,13 @@
 
 #include <cstring>
 
+#include "core/alloc.h"
 #include "kx_input.h"
 
 namespace kx::core {
 
 char *HeapCopy(std::string_view text) {
-    auto *copy = static_cast<char *>(std::malloc(text.size() + 1));
+    auto *copy = static_cast<char *>(kx::core::Allocate(text.size() + 1));
     if (copy == nullptr) return nullptr;
     if (!text.empty()) std::memcpy(copy, text.data(), text.size());
     copy[text.size()] = '\0';

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string_view>
 
+#include "core/alloc.h"
 #include "companion/libKXUtils.h"
 #include "kx_template.h"
 
@@ -79,7 +80,7 @@ char *ErweitereBlock(const char *front, int frontLength, const char *back, int b
     const size_t m = kx::input::PartLength(middle, middleLength);
     const size_t b = kx::input::PartLength(back, backLength);
     // An empty block is still a block of its own, so null only means "no memory".
-    char *block = static_cast<char *>(std::malloc(f + m + b > 0 ? f + m + b : 1));
+    char *block = static_cast<char *>(kx::core::Allocate(f + m + b > 0 ? f + m + b : 1));
     if (block == nullptr) return nullptr;
     if (f > 0) std::memcpy(block, front, f);
     if (m > 0) std::memcpy(block + f, middle, m);

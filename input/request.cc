@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/alloc.h"
 #include "input/request_internal.h"
 
 namespace kx::request {
@@ -48,12 +49,12 @@ bool StandardInputReadable() {
 // bytes whenever only the place for the NUL is left. Null when memory runs out.
 char *ReadAll(std::FILE *stream, int firstByte, std::size_t step, std::size_t &length) {
     std::size_t size = step;
-    auto *buffer = static_cast<char *>(std::malloc(size));
+    auto *buffer = static_cast<char *>(kx::core::Allocate(size));
     length = 0;
     for (int ch = firstByte; buffer != nullptr && ch != EOF; ch = std::fgetc(stream)) {
         if (length == size - 1) {
             size = std::min(size + step, kMaxPostedLength + 1);
-            auto *grown = static_cast<char *>(std::realloc(buffer, size));
+            auto *grown = static_cast<char *>(kx::core::Reallocate(buffer, size));
             if (grown == nullptr) std::free(buffer);
             buffer = grown;
             if (buffer == nullptr) break;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "core/alloc.h"
 #include "kx_template.h"
 #include "core/entry.h"
 #include "core/evaluation.h"
@@ -129,7 +130,7 @@ int Choose(Selection &s, const std::vector<char *> &candidates, int keyIndex,
     }
     s.name->Aktuell = taken != nullptr ? taken : any ? candidates.back() : candidates.front();
     if (chosen.empty()) return 0;
-    *indexList = static_cast<int *>(std::malloc(chosen.size() * sizeof(int)));
+    *indexList = static_cast<int *>(kx::core::Allocate(chosen.size() * sizeof(int)));
     if (*indexList == nullptr) return 0;
     std::memcpy(*indexList, chosen.data(), chosen.size() * sizeof(int));
     return static_cast<int>(chosen.size());

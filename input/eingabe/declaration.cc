@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "core/alloc.h"
 #include "core/text.h"
 #include "input/keywords.h"
 #include "input/request_internal.h"
@@ -46,7 +47,7 @@ int FindEarlierEntry(const EingabeElement *list, int before, std::string_view na
 int AddEntry(const DeclarationTarget &target, std::string_view name) {
     core::HeapText copy(core::HeapCopy(name));
     const auto grown = static_cast<std::size_t>(*target.count) + 1;
-    auto *list = static_cast<EingabeElement *>(std::realloc(*target.list, grown * sizeof(EingabeElement)));
+    auto *list = static_cast<EingabeElement *>(kx::core::Reallocate(*target.list, grown * sizeof(EingabeElement)));
     if (list != nullptr) *target.list = list;
     if (!copy || list == nullptr) return -1;
     const int index = *target.count;
