@@ -23,7 +23,9 @@ KX_EXTERN_C_BEGIN
  *   The handler neither frees nor changes it.
  * cycleIndex: the page's current cycle index, passed on to MatchIt when the
  *   handler evaluates placeholders in its argument.
- * Returns value itself, or a new heap text that the caller owns, or NULL. */
+ * Returns value itself, or a new heap text that the caller owns, or NULL.
+ * Every handler declared below keeps this contract and returns NULL when
+ * memory runs out for its result. */
 typedef char *(*KonvertierungsFunktion)(char *argument, char *value, int cycleIndex);
 
 /* One row of the conversion table. A name that takes an argument ends in ",". */
@@ -45,7 +47,8 @@ KX_API extern const int ConvertTableCount; /* 51 */
  * text to the name behind the chain (after the last "."), or text itself when
  * it holds no conversion. *conversionStart (when conversionStart is given)
  * receives the "_" where the chain starts; with no conversion it is NULL, or
- * the first "_" when the text from there begins with "_this". */
+ * the first "_" when the text from there begins with "_this". Allocates
+ * nothing. */
 KX_API char *DetermineConversion(char *text, char **conversionStart);
 
 /* Applies the chain that begins at start and ends before end (which may be
@@ -53,8 +56,9 @@ KX_API char *DetermineConversion(char *text, char **conversionStart);
  * start must be writable; it is the same text again on return.
  * Returns value itself when there is nothing to apply (value is then never
  * freed), otherwise a heap text that the caller frees, or NULL when the last
- * conversion produced nothing. With freeValue non-zero, value (a heap text)
- * is freed when the result differs from it. */
+ * conversion produced nothing (also when memory ran out for it). With
+ * freeValue non-zero, value (a heap text) is freed when the result differs
+ * from it. */
 KX_API char *ConvertIt(char *start, const char *end, char *value, int freeValue, int cycleIndex);
 
 /* --- arithmetic and number formatting ----------------------------------- */

@@ -60,7 +60,10 @@ int EingabewertIndex(const char *name, EingabeElement *list, int count) {
 
 int SetEingabeWertI(int count, EingabeElement *list, int index, const char *text) {
     if (list == nullptr || !kx::input::ValidIndex(index, count)) return index;
-    kx::input::StoreValue(list[index], text ? kx::core::HeapCopy(text) : nullptr);
+    char *copy = text != nullptr ? kx::core::HeapCopy(text) : nullptr;
+    // Memory running out leaves the value as it was.
+    if (text != nullptr && copy == nullptr) return index;
+    kx::input::StoreValue(list[index], copy);
     return index;
 }
 
