@@ -104,7 +104,7 @@ char *Define(Invocation &inv, const Placeholder &ph, char *pos) {
     const Evaluation evaluated(value, inv.CycleIndex());
     DeclareDefined(inv, name, std::string(evaluated.Text()).c_str());
     // During a replay the rest of the stored line is dropped.
-    return inv.level == 0 ? AfterDefine(inv, ph) : LineEnds(inv);
+    return inv.cycle.level == 0 ? AfterDefine(inv, ph) : LineEnds(inv);
 }
 
 }  // namespace kx::tmpl

@@ -223,7 +223,7 @@ void RunString(Invocation &inv, const char *text) {
 
 int Invocation::CycleIndex() const {
     if (fixedCycleIndex >= 0) return fixedCycleIndex;
-    return level > 0 ? levels[level].counter : -1;
+    return cycle.level > 0 ? cycle.levels[cycle.level].counter : -1;
 }
 
 void Invocation::Write(std::string_view piece) {
