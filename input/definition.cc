@@ -11,6 +11,7 @@
 #include "companion/libKXUtils.h"
 #include "core/file.h"
 #include "core/markers.h"
+#include "core/messages.h"
 #include "input/definition_reader.h"
 #include "input/request_internal.h"
 
@@ -112,7 +113,7 @@ int Read(const Request &call) {
     if (call.list == nullptr || call.count == nullptr) return 1;
     RememberList(call.list, call.count);
     if (call.application == nullptr) {
-        std::fputs("<! ErmittleEingabe: Anwendung == NULL>\n", PageStream());
+        std::fputs(core::MessageText(core::PageMessage::NoApplication), PageStream());
         return 1;
     }
     return IsInMemory(call.application) ? ReadFromMemory(call) : ReadFromFile(call);

@@ -25,12 +25,11 @@
 #include <string>
 
 #include "core/entry.h"
+#include "core/messages.h"
 
 namespace kx::tmpl {
 using namespace kx::core;
 namespace {
-
-constexpr const char *kNoMatchingCycle = "<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\n";
 
 // The scratch room for a cycle name followed by "Internalcount".
 constexpr size_t kScratchSize = 512;
@@ -369,7 +368,7 @@ char *StartCycle(Invocation &inv, const Placeholder &ph, char *pos) {
 
 char *EndCycle(Invocation &inv, const Placeholder &ph, char *pos) {
     if (inv.cycle.level == 0) {
-        inv.Write(kNoMatchingCycle);
+        inv.Write(MessageText(PageMessage::NoMatchingCycle));
         return nullptr;
     }
     if (inv.Collecting()) return EndCollection(inv, ph, pos);

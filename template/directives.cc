@@ -27,21 +27,27 @@ std::string_view TrimBlanks(std::string_view text) {
 
 enum class Operator { Equal, Prefix, Bare };
 
+constexpr std::string_view kEqualOperator = "==";
+constexpr std::string_view kPrefixOperator = "~=";
+static_assert(kEqualOperator.size() == kPrefixOperator.size());
+constexpr std::string_view kIfWord = "IF";
+constexpr std::string_view kDefineWord = "DEFINE";
+
 // left==a|b, left~=a|b or a bare left side; the left side is evaluated as a
 // placeholder of its own.
 bool AlternativeHolds(std::string_view alternative) {
     Operator op = Operator::Equal;
-    size_t at = alternative.find("==");
+    size_t at = alternative.find(kEqualOperator);
     if (at == std::string_view::npos) {
         op = Operator::Prefix;
-        at = alternative.find("~=");
+        at = alternative.find(kPrefixOperator);
     }
     if (at == std::string_view::npos) op = Operator::Bare;
     std::string operand = "{";
     operand.append(alternative.substr(0, at)).push_back('}');
     const Evaluation left(operand, -2);
     if (op == Operator::Bare) return left.Changed() && !left.Text().empty();
-    for (std::string_view text : Split(alternative.substr(at + 2), "|")) {
+    for (std::string_view text : Split(alternative.substr(at + kEqualOperator.size()), "|")) {
         if (op == Operator::Equal ? left.Text() == text : left.Text().starts_with(text))
             return true;
     }
@@ -76,11 +82,11 @@ void DeclareDefined(Invocation &inv, const std::string &name, const char *value)
 }  // namespace
 
 bool IfHolds(Invocation &inv, const Placeholder &ph) {
-    const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + 2;
+    const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + kIfWord.size();
     if (from > ph.E) from = ph.E;
     const std::string_view condition = TrimBlanks({from, static_cast<size_t>(ph.E - from)});
     if (condition.size() <= 1) return condition != "0";
-    if (condition.find("==") != std::string_view::npos) {
+    if (condition.find(kEqualOperator) != std::string_view::npos) {
         for (std::string_view alternative : Split(condition, "||"))
             if (AlternativeHolds(alternative)) return true;
         return false;
@@ -91,7 +97,7 @@ bool IfHolds(Invocation &inv, const Placeholder &ph) {
 char *Define(Invocation &inv, const Placeholder &ph, char *pos) {
     std::string_view body;
     if (ph.M != nullptr) {
-        const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + 6;
+        const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + kDefineWord.size();
         if (from < ph.M) body = TrimBlanks({from, static_cast<size_t>(ph.M - from)});
     }
     const size_t nameEnd = std::min(body.find_first_of(" \t"), body.size());

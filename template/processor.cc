@@ -11,6 +11,7 @@
 #include "kx_template.h"
 #include "core/entry.h"
 #include "core/file.h"
+#include "core/messages.h"
 #include "core/text.h"
 #include "template/invocation.h"
 #include "template/nesting.h"
@@ -26,6 +27,13 @@ bool OpensPlaceholder(char next) {
            (next >= '0' && next <= '9') || next == '_' || next == '-' || next == '=' ||
            next == '/';
 }
+
+// The alert for an unfinished placeholder shows this many bytes of it.
+constexpr size_t kAlertPendingLength = 20;
+// Room for a message about an unfinished placeholder; a longer one is cut.
+constexpr size_t kReportSize = 2048;
+// A read needs room for one byte and its NUL.
+constexpr size_t kLeastReadSpace = 2;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
@@ -97,7 +105,7 @@ enum class Read { Piece, End, Abort, Full };
 Read ReadPiece(Invocation &inv, FILE *in, const char *text, size_t at) {
     char *place = inv.line.data() + at;
     const size_t space = inv.line.size() - at;
-    if (space < 2) return Read::Full;
+    if (space < kLeastReadSpace) return Read::Full;
     if (in == nullptr) {
         if (inv.passes > 0 || at > 0 || text == nullptr) return Read::End;
         inv.passes = 1;
@@ -152,22 +160,18 @@ std::string PendingText(const Invocation &inv, const LineCursor &cursor) {
 // The input ended inside a placeholder: a message instead of the text.
 void ReportUnfinished(Invocation &inv, const LineCursor &cursor) {
     const std::string pending = PendingText(inv, cursor);
-    char head[2048];
+    char head[kReportSize];
     if (inv.stringMode) {
-        const int n = std::snprintf(head, sizeof head, "<BR>\n<!Error line %d: No matching '}' for '",
-                                    inv.lineStart);
+        const int n = std::snprintf(head, sizeof head, MessageText(PageMessage::UnfinishedHead), inv.lineStart);
         inv.Write(std::string_view(head, static_cast<size_t>(n)));
         inv.Write(pending);
-        inv.Write("' ...>\n<BR>\n");
+        inv.Write(MessageText(PageMessage::UnfinishedTail));
         return;
     }
     const size_t brace = pending.find('{');
-    std::string shown = pending.substr(brace == std::string::npos ? 0 : brace, 20);
+    std::string shown = pending.substr(brace == std::string::npos ? 0 : brace, kAlertPendingLength);
     const std::string quoted = ReplaceAll(shown, "\"", "\\\"");
-    std::snprintf(head, sizeof head,
-                  "\n<script language=JavaScript>\n<!--\nalert(\"KX Pagecraft Syntax Error:"
-                  "\\n\\nError line %d: No matching '}' for '%s' ...>\");\n// -->\n</script>\n",
-                  inv.lineStart, quoted.c_str());
+    std::snprintf(head, sizeof head, MessageText(PageMessage::UnfinishedAlert), inv.lineStart, quoted.c_str());
     inv.Write(head);
 }
 
@@ -205,7 +209,7 @@ void RunFile(Invocation &inv) {
     File in(std::fopen(inv.path.c_str(), "r"));
     if (in == nullptr) {
         std::fprintf(_Utilsfpout != nullptr ? _Utilsfpout : stdout,
-                     "%s konnte nicht geoeffnet werden\n", inv.path.c_str());
+                     MessageText(PageMessage::TemplateNotOpened), inv.path.c_str());
         return;
     }
     inv.deleteCopyright = DeleteCopyrightWanted(inv);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/entry.h"
+#include "core/messages.h"
 #include "core/text.h"
 #include "kx_input.h"
 #include "kx_template.h"
@@ -71,7 +72,7 @@ void StoreSelection(const Store &st, const std::string &prefixName, const int *i
     const bool empty = prefix == nullptr ||
                        ((prefix->Wert == nullptr || *prefix->Wert == '\0') && prefix->WertGesetzt <= 1);
     if (empty || indices[0] >= prefix->WertGesetzt) {
-        std::snprintf(st.message, KX_MESSAGE_SIZE, "<!%s_unknown>", prefixName.c_str());
+        std::snprintf(st.message, KX_MESSAGE_SIZE, MessageText(PageMessage::PrefixUnknown), prefixName.c_str());
         return;
     }
     const std::string values = CollectValues(st, *prefix, indices, count, valueIndex);

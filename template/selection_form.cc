@@ -13,6 +13,7 @@
 #include "kx_template.h"
 #include "core/entry.h"
 #include "core/evaluation.h"
+#include "core/messages.h"
 #include "core/text.h"
 #include "template/markers.h"
 
@@ -156,7 +157,7 @@ void Message(char *message, const char *format, const std::string &name) {
 int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     char *lastClose = std::strrchr(s.start, ']');
     if (lastClose == nullptr) {
-        std::snprintf(s.message, KX_MESSAGE_SIZE, "<! first ] missing !>\n");
+        std::snprintf(s.message, KX_MESSAGE_SIZE, "%s", MessageText(PageMessage::FirstBracketMissing));
         return 0;
     }
     char *keyStart = std::strstr(open + 1, s.markers.start.c_str());
@@ -166,7 +167,7 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     cuts.At(lastClose);
     const char *keyClose = PairIt(keyOpen, "[", "]");
     if (keyClose <= keyOpen) {
-        std::snprintf(s.message, KX_MESSAGE_SIZE, "<! second ] missing !>\n");
+        std::snprintf(s.message, KX_MESSAGE_SIZE, "%s", MessageText(PageMessage::SecondBracketMissing));
         return 0;
     }
     const std::string prefix = Between(AfterStartMarker(s.start, s.markers), open);
@@ -185,7 +186,7 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     if (ExistingCandidate(s, candidates)) return 0;
     const EingabeElement *key = EntryAt(s.pCount, s.pList, Lookup(s, keyName));
     if (key == nullptr || key->Wert == nullptr || *key->Wert == '\0') {
-        Message(s.message, "<! %s unknown !>\n", keyName);
+        Message(s.message, MessageText(PageMessage::KeyUnknown), keyName);
         return 0;
     }
     return Choose(s, candidates, static_cast<int>(key - *s.pList), prefix, indexList);

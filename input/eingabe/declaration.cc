@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/alloc.h"
+#include "core/messages.h"
 #include "core/text.h"
 #include "input/keywords.h"
 #include "input/request_internal.h"
@@ -28,9 +29,8 @@ std::size_t Find(std::string_view line, std::string_view separator, std::size_t 
 void Report(const DeclarationTarget &target, int lineNumber, std::string_view separator, const char *missing) {
     const std::string source(target.sourceName);
     const std::string shownSeparator(separator);
-    std::fprintf(request::PageStream(),
-                 "<! ErmittleEingabe: Fehler in '%s' Zeile '%d': Kein '%s' hinter '%s'gefunden>\n",
-                 source.c_str(), lineNumber, shownSeparator.c_str(), missing);
+    std::fprintf(request::PageStream(), core::MessageText(core::PageMessage::DefinitionLineLacks), source.c_str(),
+                 lineNumber, shownSeparator.c_str(), missing);
 }
 
 // Index of the entry named name among the first before entries, or -1.
