@@ -93,9 +93,9 @@ int main() {
     hdf_init(&data);
     for (int i = 0; i < kRows; ++i) {
         const std::string prefix = "Servers." + std::to_string(i) + ".";
-        hdf_set_value(data, (prefix + "Name").c_str(), rows[i].name.c_str());
-        hdf_set_value(data, (prefix + "State").c_str(), rows[i].state.c_str());
-        hdf_set_value(data, (prefix + "Uptime").c_str(), rows[i].uptime.c_str());
+        hdf_set_value(data, (prefix + "Name").c_str(), rows[static_cast<std::size_t>(i)].name.c_str());
+        hdf_set_value(data, (prefix + "State").c_str(), rows[static_cast<std::size_t>(i)].state.c_str());
+        hdf_set_value(data, (prefix + "Uptime").c_str(), rows[static_cast<std::size_t>(i)].uptime.c_str());
     }
 
     // The bytes of the page, captured once from the engine.

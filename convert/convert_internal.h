@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "core/evaluation.h"
+#include "core/number.h"
 #include "core/text.h"
 
 namespace kx::convert {
@@ -23,11 +24,6 @@ inline constexpr std::size_t kLongResultLimit = 1023;
 // The value as text: a NULL value reads as the empty text.
 std::string_view ValueText(const char *value);
 
-// Reads a 32-bit number the way atoi does on the console's 32-bit platform:
-// leading blanks, a sign and digits; anything else ends it; "" is 0; a
-// number beyond the 32-bit range sticks at its limit.
-int32_t ReadInt(std::string_view text);
-
 // "%d" of number, as a new heap text (NULL when memory runs out).
 char *PrintInt(int32_t number);
 
@@ -37,6 +33,7 @@ using core::CutAt;
 using core::Decoded;
 using core::Evaluated;
 using core::HeapCopy;
+using core::ReadInt;
 using core::Split;
 
 }  // namespace kx::convert

@@ -28,7 +28,7 @@ char *Substring(std::string_view argument, std::string_view text) {
     if (end < start) return HeapCopy("");
     const auto field = static_cast<std::size_t>(end - start);
     const std::string_view piece =
-        static_cast<std::size_t>(start) < text.size() ? text.substr(start, field) : std::string_view{};
+        static_cast<std::size_t>(start) < text.size() ? text.substr(static_cast<std::size_t>(start), field) : std::string_view{};
     // The piece is right-aligned in its field; only the first characters fit.
     const std::size_t blanks = std::min(field - piece.size(), kShortResultLimit);
     std::string result(blanks, ' ');

@@ -15,8 +15,7 @@ size_t ValuesSpan(const EingabeElement &entry) {
 const char *CurrentText(const EingabeElement &entry) {
     if (entry.Wert == nullptr) return entry.Vorgabe;
     if (entry.WertPosition == 0) return entry.Wert;
-    if (entry.WertPosition < 0 || static_cast<size_t>(entry.WertPosition) >= ValuesSpan(entry))
-        return "";
+    if (entry.WertPosition < 0 || static_cast<size_t>(entry.WertPosition) >= ValuesSpan(entry)) return "";
     return entry.Wert + entry.WertPosition;
 }
 

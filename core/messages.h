@@ -10,17 +10,17 @@
 namespace kx::core {
 
 enum class PageMessage {
-    NoApplication,          // -
-    DefinitionLineLacks,    // definition name, line number, separator, what is missing
-    TemplateNotOpened,      // template path
-    UnfinishedHead,         // line number; the pending text and UnfinishedTail follow
-    UnfinishedTail,         // -
-    UnfinishedAlert,        // line number, the pending text from its "{" (20 bytes, quotes escaped)
-    NoMatchingCycle,        // -
-    FirstBracketMissing,    // -
-    SecondBracketMissing,   // -
-    KeyUnknown,             // key name
-    PrefixUnknown,          // prefix name
+    NoApplication,         // -
+    DefinitionLineLacks,   // definition name, line number, separator, what is missing
+    TemplateNotOpened,     // template path
+    UnfinishedHead,        // line number; the pending text and UnfinishedTail follow
+    UnfinishedTail,        // -
+    UnfinishedAlert,       // line number, the pending text from its "{" (20 bytes, quotes escaped)
+    NoMatchingCycle,       // -
+    FirstBracketMissing,   // -
+    SecondBracketMissing,  // -
+    KeyUnknown,            // key name
+    PrefixUnknown,         // prefix name
 };
 
 struct PageMessageRow {
@@ -28,6 +28,7 @@ struct PageMessageRow {
     const char *text;
 };
 
+// clang-format off
 inline constexpr PageMessageRow kPageMessages[] = {
     {PageMessage::NoApplication, "<! ErmittleEingabe: Anwendung == NULL>\n"},
     {PageMessage::DefinitionLineLacks, "<! ErmittleEingabe: Fehler in '%s' Zeile '%d': Kein '%s' hinter '%s'gefunden>\n"},
@@ -41,6 +42,7 @@ inline constexpr PageMessageRow kPageMessages[] = {
     {PageMessage::KeyUnknown, "<! %s unknown !>\n"},
     {PageMessage::PrefixUnknown, "<!%s_unknown>"},
 };
+// clang-format on
 
 // The rows stand in the order of the enumeration.
 constexpr bool RowsInOrder() {

@@ -41,7 +41,11 @@ KX_API extern const KonvertierungsEintrag ConvertTable[];
 KX_API extern const int ConvertTableCount; /* 51 */
 
 /* Passed as end to ConvertIt: the chain is not bounded. */
+#ifdef __cplusplus
+#define KX_CONVERT_UNBOUNDED (reinterpret_cast<const char *>(UINTPTR_MAX))
+#else
 #define KX_CONVERT_UNBOUNDED ((const char *)UINTPTR_MAX)
+#endif
 
 /* Finds the conversion chain at the first "_" of text. Returns a pointer into
  * text to the name behind the chain (after the last "."), or text itself when

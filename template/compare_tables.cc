@@ -17,6 +17,7 @@ constexpr CompareOperator Row(const char *op) {
 
 extern "C" {
 
+// clang-format off
 const CompareOperator CompareTab[] = {
     Row("=="),
     Row("!="),
@@ -25,6 +26,7 @@ const CompareOperator CompareTab[] = {
     Row("<"),
     Row(">"),
 };
+// clang-format on
 const int CompareTabLength = static_cast<int>(std::size(CompareTab));
 
 // Every table holds one function per row of CompareTab, in the same order.

@@ -10,6 +10,7 @@
 #include "kx_template.h"
 #include "core/entry.h"
 #include "core/evaluation.h"
+#include "core/number.h"
 #include "core/text.h"
 #include "template/nesting.h"
 
@@ -76,7 +77,7 @@ std::string EmptyCondition(const Control &ctl, std::string body, int *consumed) 
     const EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex);
     if (entry == nullptr) return thenText;
     const char *text = CurrentText(*entry);
-    return std::atoi(text != nullptr ? text : "") != 0 ? thenText : elseText;
+    return ReadInt(text != nullptr ? text : "") != 0 ? thenText : elseText;
 }
 
 // The left operand "{X}": its entry (count when none) and value index.
@@ -235,7 +236,7 @@ char *EvaluateBody(const Control &ctl, const std::string &type, const std::strin
 // The control at text; its result (or NULL), *consumed its length.
 char *Run(const Control &ctl, char *text, int *consumed) {
     const char *close = PairIt(text, "{", ctl.endMarker);
-    if (close == text || static_cast<int>(strnlen(text, ctl.skip)) < ctl.skip ||
+    if (close == text || static_cast<int>(strnlen(text, static_cast<size_t>(ctl.skip))) < ctl.skip ||
         close < text + ctl.skip) {
         *consumed = 0;
         return nullptr;

@@ -109,7 +109,8 @@ Read ReadPiece(Invocation &inv, FILE *in, const char *text, size_t at) {
     if (in == nullptr) {
         if (inv.passes > 0 || at > 0 || text == nullptr) return Read::End;
         inv.passes = 1;
-        std::strcpy(place, text);  // the line buffer is sized from the text
+        // The line buffer is sized from the text, NUL included.
+        std::memcpy(place, text, std::strlen(text) + 1);
     } else {
         if (std::fgets(place, static_cast<int>(std::min<size_t>(space, INT32_MAX)), in) == nullptr)
             return Read::End;

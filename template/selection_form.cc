@@ -14,6 +14,7 @@
 #include "core/entry.h"
 #include "core/evaluation.h"
 #include "core/messages.h"
+#include "core/number.h"
 #include "core/text.h"
 #include "template/markers.h"
 
@@ -64,9 +65,9 @@ std::string Candidates(const std::string &prefix, const std::string &elements, i
 
 // "[n]" or "[{X}]" at the end of the candidate text.
 int ValueIndexIn(const std::string &bracketed, int cycleIndex) {
-    if (bracketed.empty() || bracketed[0] != '{') return std::atoi(bracketed.c_str());
+    if (bracketed.empty() || bracketed[0] != '{') return ReadInt(bracketed);
     const std::string value = Evaluated(bracketed, cycleIndex < 0 ? -2 : cycleIndex);
-    return (!value.empty() && value[0] == '{') ? -1 : std::atoi(value.c_str());
+    return (!value.empty() && value[0] == '{') ? -1 : ReadInt(value);
 }
 
 std::vector<char *> SplitCandidates(char *list) {
@@ -176,7 +177,7 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     const size_t bracket = list.find('[');
     if (bracket != std::string::npos) {
         const char *close = PairIt(list.c_str() + bracket, "[", "]");
-        const size_t end = close > list.c_str() + bracket ? close - list.c_str() : list.size();
+        const size_t end = close > list.c_str() + bracket ? static_cast<size_t>(close - list.c_str()) : list.size();
         *valueIndex = ValueIndexIn(list.substr(bracket + 1, end - bracket - 1), s.cycleIndex);
         list.resize(bracket);
     }

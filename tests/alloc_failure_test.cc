@@ -2,13 +2,13 @@
 // definition, assigning the request, declaring an entry and writing the page.
 // Built over the test build of the library's objects (core/alloc.h), whose
 // allocations can be made to fail; sanitizers catch crashes and leaks.
-#include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <string>
 
-#include <stdlib.h>
+#include <gtest/gtest.h>
 
 #include "core/alloc.h"
 #include "kx_input.h"
@@ -47,11 +47,11 @@ constexpr char kPage[] =
     "<b>alpha<!{Hosts_unknown></b> \n";
 
 struct Outcome {
-    int read = -1;       // ErmittleEingabe
-    int declared = -2;   // AppendToEingabe
-    std::string page;    // what ErsetzeUndGebeHtmlDateiAus wrote
-    bool failed = false; // an allocation failed on the way
-    long asked = 0;      // allocations asked for
+    int read = -1;        // ErmittleEingabe
+    int declared = -2;    // AppendToEingabe
+    std::string page;     // what ErsetzeUndGebeHtmlDateiAus wrote
+    bool failed = false;  // an allocation failed on the way
+    long asked = 0;       // allocations asked for
 };
 
 class AllocationFailure : public ::testing::Test {

@@ -26,11 +26,12 @@ std::size_t Find(std::string_view line, std::string_view separator, std::size_t 
     return separator.empty() ? line.npos : line.find(separator, from);
 }
 
-void Report(const DeclarationTarget &target, int lineNumber, std::string_view separator, const char *missing) {
+void Report(const DeclarationTarget &target, int lineNumber, std::string_view separator,
+            const char *missing) {
     const std::string source(target.sourceName);
     const std::string shownSeparator(separator);
-    std::fprintf(request::PageStream(), core::MessageText(core::PageMessage::DefinitionLineLacks), source.c_str(),
-                 lineNumber, shownSeparator.c_str(), missing);
+    std::fprintf(request::PageStream(), core::MessageText(core::PageMessage::DefinitionLineLacks),
+                 source.c_str(), lineNumber, shownSeparator.c_str(), missing);
 }
 
 // Index of the entry named name among the first before entries, or -1.
@@ -47,11 +48,13 @@ int FindEarlierEntry(const EingabeElement *list, int before, std::string_view na
 int AddEntry(const DeclarationTarget &target, std::string_view name) {
     core::HeapText copy(core::HeapCopy(name));
     const auto grown = static_cast<std::size_t>(*target.count) + 1;
-    auto *list = static_cast<EingabeElement *>(kx::core::Reallocate(*target.list, grown * sizeof(EingabeElement)));
+    auto *list =
+        static_cast<EingabeElement *>(kx::core::Reallocate(*target.list, grown * sizeof(EingabeElement)));
     if (list != nullptr) *target.list = list;
     if (!copy || list == nullptr) return -1;
     const int index = *target.count;
-    list[index] = EingabeElement{copy.Release(), static_cast<uint32_t>(name.size()), nullptr, 0, 0, 'n', nullptr};
+    list[index] =
+        EingabeElement{copy.Release(), static_cast<uint32_t>(name.size()), nullptr, 0, 0, 'n', nullptr};
     *target.count = index + 1;
     request::RecordKeyword(name, index);
     return index;
@@ -83,7 +86,8 @@ Declared DeclareFromLine(const DeclarationTarget &target, std::string_view line,
         Report(target, index + 2, separator, "TextElementErmittlung");
         return Declared::Skipped;
     }
-    const bool set = SetKindAndDefault((*target.list)[index], line[first + 1], CutAtLineEnd(line.substr(second + 1)));
+    const bool set =
+        SetKindAndDefault((*target.list)[index], line[first + 1], CutAtLineEnd(line.substr(second + 1)));
     return set ? Declared::Entry : Declared::NoMemory;
 }
 

@@ -28,8 +28,7 @@ enum class Declared {
 // Applies one line (parsed with separator, already cut at its line end).
 // A line without a separator after the name, or without one after the kind,
 // reports "<! ErmittleEingabe: ...>" into the page.
-Declared DeclareFromLine(const DeclarationTarget &target, std::string_view line,
-                         std::string_view separator);
+Declared DeclareFromLine(const DeclarationTarget &target, std::string_view line, std::string_view separator);
 
 }  // namespace kx::input
 
