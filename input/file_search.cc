@@ -98,7 +98,7 @@ std::optional<std::string> InSettingsCGIPath(const SearchRequest &search) {
 }
 
 using Candidate = std::optional<std::string> (*)(const SearchRequest &);
-constexpr std::array<Candidate, 5> kSearchOrder = {
+constexpr Candidate kSearchOrder[] = {
     InCurrentDirectory,
     InConsoleDirectory,
     InApplicationDirectory,
