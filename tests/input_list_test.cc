@@ -107,6 +107,9 @@ TEST(InputList, AppendToEingabeDeclaresOrRedeclares) {
     EXPECT_EQ(l[0].Art, 'n');
     EXPECT_STREQ(l[0].Vorgabe, "");
     EXPECT_STREQ(l[0].Wert, "x") << "redeclaring keeps the value";
+    ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), ";", "Zone", 1, "eu"), 0);
+    ASSERT_EQ(l.count(), 2) << "a separator that is no definition marker declares too";
+    EXPECT_STREQ(l[1].Vorgabe, "eu");
 }
 
 }  // namespace
