@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "companion/libKXUtils.h"
 #include "kx_convert.h"
@@ -137,26 +138,32 @@ struct ConversionChain {
     char *start = nullptr;  // the "_" that starts the chain (or "_this"), or NULL
 };
 
+// The value of the this entry stands where a branch names "_this".
+constexpr std::string_view kThis = "_this";
+
 // The chosen branch: a nested control, or a name behind a conversion chain.
 char *BranchValue(const Control &ctl, std::string branch) {
     if (branch.starts_with("{=")) return Evaluate(ctl, branch);
     ConversionChain chain;
     chain.name = DetermineConversion(branch.data(), &chain.start);
-    const char *thisAt = std::strstr(chain.name, "_this");
+    const char *thisAt = std::strstr(chain.name, kThis.data());
     char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;
-    char *converted = ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex);
+    const HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
     _ThisValueIndex = saved;
-    std::string out;
-    if (thisAt != nullptr && thisAt[5] != '\0') {
-        const std::string joined = std::string(chain.name, static_cast<size_t>(thisAt - chain.name)) + (converted ? converted : "") + (thisAt + 5);
-        std::free(converted);
+    const char *afterThis = thisAt != nullptr ? thisAt + kThis.size() : nullptr;
+    if (afterThis != nullptr && *afterThis != '\0') {
+        // "_this" inside a longer text (a link): the converted value takes its
+        // place and the whole text is evaluated.
+        std::string joined(chain.name, static_cast<size_t>(thisAt - chain.name));
+        joined.append(converted.View()).append(afterThis);
         return EvaluatedCopy(ReplaceAll(joined, "javascript%3A", "javascript:"), ctl.cycleIndex);
     }
-    if (chain.start != nullptr && chain.start > branch.data()) out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
-    out += converted != nullptr ? converted : "";
-    std::free(converted);
+    std::string out;
+    if (chain.start != nullptr && chain.start > branch.data())
+        out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
+    out.append(converted.View());
     return HeapCopy(out);
 }
 
