@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -52,6 +53,7 @@ struct Outcome {
     std::string page;     // what ErsetzeUndGebeHtmlDateiAus wrote
     bool failed = false;  // an allocation failed on the way
     long asked = 0;       // allocations asked for
+    bool whole = false;   // every entry of the list has its name
 };
 
 class AllocationFailure : public ::testing::Test {
@@ -85,11 +87,22 @@ protected:
         o.page = Contents(out);
         std::fclose(out);
         _Utilsfpout = nullptr;
+        o.whole = Whole(list, count);
         Forget(list, count);
         return o;
     }
 
 private:
+    // Each entry has a name of its recorded length, and each list entry's
+    // values lie inside its Wert.
+    static bool Whole(const EingabeElement *list, int count) {
+        for (int i = 0; i < count; ++i) {
+            const EingabeElement &e = list[i];
+            if (e.Name == nullptr || std::strlen(e.Name) != e.NameLaenge) return false;
+            if (e.Wert == nullptr ? e.WertGesetzt != 0 : e.WertGesetzt < 1) return false;
+        }
+        return true;
+    }
     static std::string Contents(std::FILE *file) {
         std::string text;
         std::rewind(file);
@@ -123,6 +136,7 @@ TEST_F(AllocationFailure, PagePathFailingEachAllocationInTurn) {
         const Outcome o = Run(n);
         EXPECT_TRUE(o.read == 0 || o.read == 1);
         EXPECT_TRUE(o.declared == 0 || o.declared == -1);
+        EXPECT_TRUE(o.whole);
         EXPECT_EQ(o.failed, n <= total);
         if (!o.failed) EXPECT_EQ(o.page, reference.page);
     }
