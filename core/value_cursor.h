@@ -27,7 +27,9 @@ public:
     explicit ValueCursor(EingabeElement &entry) : entry_(entry) { Locate(); }
 
     // The current value; null when the entry has no Wert or WertPosition lies
-    // outside its values.
+    // outside its values. Inside them it is CurrentText (core/entry.h); outside
+    // it is null rather than "", because the comparisons tell no value from
+    // an empty one.
     const char *Current() const {
         if (entry_.Wert == nullptr || entry_.WertPosition < 0) return nullptr;
         if (index_ < 0 && static_cast<size_t>(entry_.WertPosition) >= bytes_) return nullptr;
