@@ -156,7 +156,8 @@ KX_API char *ConvertToUpper(char *argument, char *value, int cycleIndex);
 
 /* Writes one byte high * 16 + low per pair of characters of hex to out (no
  * terminator; a lone last character is ignored). out holds at least
- * strlen(hex) / 2 bytes. Returns the number of bytes written. */
+ * strlen(hex) / 2 bytes. Returns the number of bytes written. Allocates
+ * nothing. */
 KX_API int HexToOctetString(unsigned char *out, const char *hex);
 
 /* ctime text without its line end; a copy of the value when it is not a
