@@ -53,15 +53,6 @@ std::string Capture(Work &&work) {
     return text;
 }
 
-inline void FreeList(EingabeElement *list, int count) {
-    for (int i = 0; i < count; ++i) {
-        std::free(list[i].Name);
-        std::free(list[i].Wert);
-        std::free(list[i].Vorgabe);
-    }
-    std::free(list);
-}
-
 }  // namespace kx::bench
 
 #endif

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kx_input.h"
+#include "kx_list.h"
 #include "kx_template.h"
 #include "measure.h"
 #include "bench_support.h"
@@ -92,9 +93,9 @@ int main() {
     hdf_init(&data);
     for (int i = 0; i < kRows; ++i) {
         const std::string prefix = "Servers." + std::to_string(i) + ".";
-        hdf_set_value(data, (prefix + "Name").c_str(), rows[i].name.c_str());
-        hdf_set_value(data, (prefix + "State").c_str(), rows[i].state.c_str());
-        hdf_set_value(data, (prefix + "Uptime").c_str(), rows[i].uptime.c_str());
+        hdf_set_value(data, (prefix + "Name").c_str(), rows[static_cast<std::size_t>(i)].name.c_str());
+        hdf_set_value(data, (prefix + "State").c_str(), rows[static_cast<std::size_t>(i)].state.c_str());
+        hdf_set_value(data, (prefix + "Uptime").c_str(), rows[static_cast<std::size_t>(i)].uptime.c_str());
     }
 
     // The bytes of the page, captured once from the engine.
@@ -127,6 +128,6 @@ int main() {
     kx::bench::PrintTime("fwrite of the same bytes", written, kRows, written);
     std::fclose(sink);
     hdf_destroy(&data);
-    kx::bench::FreeList(list, count);
+    KXFreeEingabeList(list, count);
     return 0;
 }

@@ -21,7 +21,7 @@ struct List {
     EingabeElement *entries = nullptr;
     int count = 0;
     void Add(const char *name, const char *value) {
-        entries = static_cast<EingabeElement *>(realloc(entries, sizeof(EingabeElement) * (count + 1)));
+        entries = static_cast<EingabeElement *>(realloc(entries, sizeof(EingabeElement) * static_cast<size_t>(count + 1)));
         entries[count++] = EingabeElement{strdup(name), static_cast<uint32_t>(strlen(name)), strdup(value), 1, 0,
                                           'n', nullptr};
     }

@@ -60,9 +60,9 @@ int main() {
         [&] { OverValues(plainValues, [](const char *v) { return ServerEncoding(v, nullptr, 0, 0); }); });
 
     std::printf("URL codec over %zu MiB of query text (best of 5)\n", kVolume >> 20);
-    kx::bench::PrintRate("ServerDecoding, one text", query.size(), wholeDecode, "memcpy", copy);
-    kx::bench::PrintRate("ServerEncoding, one text", plain.size(), wholeEncode, "memcpy", copyPlain);
-    kx::bench::PrintRate("ServerDecoding, 200-byte values", query.size(), valueDecode, "memcpy", copy);
-    kx::bench::PrintRate("ServerEncoding, 200-byte values", plain.size(), valueEncode, "memcpy", copyPlain);
+    kx::bench::PrintRate("ServerDecoding, one text", static_cast<double>(query.size()), wholeDecode, "memcpy", copy);
+    kx::bench::PrintRate("ServerEncoding, one text", static_cast<double>(plain.size()), wholeEncode, "memcpy", copyPlain);
+    kx::bench::PrintRate("ServerDecoding, 200-byte values", static_cast<double>(query.size()), valueDecode, "memcpy", copy);
+    kx::bench::PrintRate("ServerEncoding, 200-byte values", static_cast<double>(plain.size()), valueEncode, "memcpy", copyPlain);
     return 0;
 }

@@ -17,7 +17,7 @@ constexpr int32_t kMegabyte = 1048576;
 int32_t Wrap(int64_t number) { return static_cast<int32_t>(static_cast<uint32_t>(number)); }
 
 int32_t Operand(const char *argument, int cycleIndex) {
-    return ReadInt(Evaluate(ValueText(argument), cycleIndex));
+    return ReadInt(Evaluated(ValueText(argument), cycleIndex));
 }
 
 enum class Operation { kPlus, kMinus, kMinusReversed, kMultiply, kModulo };
@@ -30,9 +30,9 @@ char *Calculate(Operation operation, const char *argument, const char *value, in
         case Operation::kMinus: return PrintInt(Wrap(v - a));
         case Operation::kMinusReversed: return PrintInt(Wrap(a - v));
         case Operation::kMultiply: return PrintInt(Wrap(v * a));
-        case Operation::kModulo: return a == 0 ? CopyOut(kNotAvailable) : PrintInt(Wrap(v % a));
+        case Operation::kModulo: return a == 0 ? HeapCopy(kNotAvailable) : PrintInt(Wrap(v % a));
     }
-    return CopyOut(kNotAvailable);
+    return HeapCopy(kNotAvailable);
 }
 
 // The remainder printed as the fraction of a divisor written as a power of
@@ -46,18 +46,18 @@ std::string Fraction(uint32_t remainder, std::size_t divisorLength) {
 
 char *Divide(const char *argument, const char *value, int cycleIndex) {
     const Cut parts = CutAt(ValueText(argument), ',');
-    const std::string option = parts.has_rest ? Evaluate(parts.rest, cycleIndex) : std::string{};
-    const std::string divisorText = Evaluate(parts.head, cycleIndex);
+    const std::string option = parts.hasRest ? Evaluated(parts.rest, cycleIndex) : std::string{};
+    const std::string divisorText = Evaluated(parts.head, cycleIndex);
     const int64_t d = ReadInt(divisorText);
-    if (d == 0) return CopyOut(kNotAvailable);
+    if (d == 0) return HeapCopy(kNotAvailable);
     const int64_t v = ReadInt(ValueText(value));
     // 64-bit arithmetic keeps the lowest quotient divided by -1 defined.
     const int64_t q = v / d;
     const uint32_t quotient = static_cast<uint32_t>(q);
     if (!option.empty() && (option[0] == 'i' || option[0] == 'I'))
-        return CopyOut(std::to_string(quotient));
+        return HeapCopy(std::to_string(quotient));
     const uint32_t remainder = static_cast<uint32_t>(v - q * d);
-    return CopyOut(std::to_string(quotient) + "." + Fraction(remainder, divisorText.size()));
+    return HeapCopy(std::to_string(quotient) + "." + Fraction(remainder, divisorText.size()));
 }
 
 // Names of the set bits among "bit-name" pairs, joined with ",".
@@ -65,16 +65,16 @@ char *BitNames(const char *argument, const char *value) {
     const uint32_t mask = static_cast<uint32_t>(ReadInt(ValueText(value)));
     std::string names;
     bool any = false;
-    for (std::string_view element : Split(ValueText(argument), ',')) {
+    for (std::string_view element : Split(ValueText(argument), ",")) {
         const Cut pair = CutAt(element, '-');
-        if (!pair.has_rest) continue;
+        if (!pair.hasRest) continue;
         const uint32_t bit = static_cast<uint32_t>(ReadInt(pair.head)) % 32;
         if ((mask >> bit & 1U) == 0) continue;
         if (any) names += ',';
-        names += Decode(pair.rest);
+        names += Decoded(pair.rest);
         any = true;
     }
-    return any ? CopyOut(names) : nullptr;
+    return any ? HeapCopy(names) : nullptr;
 }
 
 }  // namespace
@@ -112,7 +112,7 @@ char *ConvertToHex(char * /*argument*/, char *value, int /*cycleIndex*/) {
     char buffer[16];
     std::snprintf(buffer, sizeof buffer, "%x",
                   static_cast<unsigned>(kx::convert::ReadInt(kx::convert::ValueText(value))));
-    return kx::convert::CopyOut(buffer);
+    return kx::convert::HeapCopy(buffer);
 }
 
 char *ConvertToMB(char * /*argument*/, char *value, int /*cycleIndex*/) {

@@ -64,8 +64,6 @@ char *Apply(const Link &link, char *value, int cycleIndex) {
     return result;
 }
 
-}  // namespace
-
 char *Determine(char *text, char **conversionStart) {
     char *start = nullptr;
     char *name = text;
@@ -95,6 +93,7 @@ char *Convert(char *start, const char *end, char *value, bool freeValue, int cyc
     return current;
 }
 
+}  // namespace
 }  // namespace kx::convert
 
 extern "C" {

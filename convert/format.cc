@@ -97,7 +97,7 @@ char *PrintNumber(const std::string &format, Kind kind, int32_t number) {
         std::snprintf(buffer, sizeof buffer, format.c_str(), static_cast<long long>(number));
     else
         std::snprintf(buffer, sizeof buffer, format.c_str(), static_cast<int>(number));
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 // A string format: "[suffix]" taken out, then either a cut to the maximum
@@ -112,21 +112,21 @@ char *PrintString(std::string_view format, std::string_view value) {
         }
     }
     std::optional<Conversion> conversion = FormatScanner(plain).Single();
-    if (!conversion || conversion->kind != Kind::kString) return CopyOut(kNotAvailable);
+    if (!conversion || conversion->kind != Kind::kString) return HeapCopy(kNotAvailable);
     if (std::optional<std::size_t> limit = conversion->lastNumber) {
-        if (value.size() <= *limit) return CopyOut(value.substr(0, kShortResultLimit));
+        if (value.size() <= *limit) return HeapCopy(value.substr(0, kShortResultLimit));
         const std::size_t keep = *limit > suffix.size() ? *limit - suffix.size() : 0;
         std::string cut = std::string{value.substr(0, keep)} + suffix;
-        return CopyOut(std::string_view{cut}.substr(0, kShortResultLimit));
+        return HeapCopy(std::string_view{cut}.substr(0, kShortResultLimit));
     }
     char buffer[kShortResultLimit + 1];
     std::snprintf(buffer, sizeof buffer, plain.c_str(), std::string{value}.c_str());
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 char *Format(const char *argument, const char *value, int cycleIndex) {
-    const std::string format = Evaluate(ValueText(argument), cycleIndex);
-    if (format.size() > kFormatLimit) return CopyOut(kNotAvailable);
+    const std::string format = Evaluated(ValueText(argument), cycleIndex);
+    if (format.size() > kFormatLimit) return HeapCopy(kNotAvailable);
     std::optional<Conversion> conversion = FormatScanner(format).Single();
     if (conversion && conversion->kind != Kind::kString)
         return PrintNumber(format, conversion->kind, ReadInt(ValueText(value)));

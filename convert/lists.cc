@@ -68,16 +68,16 @@ std::optional<int> PositionInRun(const SelectionArgument &parsed, std::string_vi
 
 char *ValueIndex(std::string_view argument, std::string_view value) {
     SelectionArgument parsed;
-    if (!ReadSelection(argument, parsed)) return CopyOut(parsed.fallback);
+    if (!ReadSelection(argument, parsed)) return HeapCopy(parsed.fallback);
     std::optional<int> position = PositionInRun(parsed, value);
-    return position ? PrintInt(*position) : CopyOut(parsed.fallback);
+    return position ? PrintInt(*position) : HeapCopy(parsed.fallback);
 }
 
 char *DivideList(std::string_view argument, std::string_view value, int cycleIndex) {
     const Cut parts = CutAt(argument, ',');
-    const std::string_view divider = parts.has_rest ? parts.head : std::string_view{"~"};
-    const std::string rest = Evaluate(parts.has_rest ? parts.rest : argument, cycleIndex);
-    const std::vector<std::string_view> fields = Split(rest, ',');
+    const std::string_view divider = parts.hasRest ? parts.head : std::string_view{"~"};
+    const std::string rest = Evaluated(parts.hasRest ? parts.rest : argument, cycleIndex);
+    const std::vector<std::string_view> fields = Split(rest, ",");
     int64_t step = ReadInt(fields[0]);
     // Behind the size come a count that is not used and the minimum step.
     if (fields.size() >= 3) step = std::max<int64_t>(step, ReadInt(fields[2]));
@@ -88,7 +88,7 @@ char *DivideList(std::string_view argument, std::string_view value, int cycleInd
         if (pages.size() + next.size() > kLongResultLimit) break;
         pages += next;
     }
-    return CopyOut(pages);
+    return HeapCopy(pages);
 }
 
 }  // namespace

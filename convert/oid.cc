@@ -80,7 +80,7 @@ char *SubOid(std::string_view argument, std::string_view value) {
     if (fromMib) {
         const std::string oid{value};
         std::optional<std::size_t> known = KnownObjectEnd(oid);
-        if (!known) return CopyOut(value);
+        if (!known) return HeapCopy(value);
         start = *known;
         endText = argument.substr(std::min<std::size_t>(2, argument.size()));
     } else {
@@ -89,8 +89,8 @@ char *SubOid(std::string_view argument, std::string_view value) {
         endText = parts.rest;
     }
     std::optional<std::size_t> end = EndOffset(value, start, endText);
-    if (!end || *end <= start) return CopyOut(kNotAvailable);
-    return CopyOut(value.substr(start, *end - start));
+    if (!end || *end <= start) return HeapCopy(kNotAvailable);
+    return HeapCopy(value.substr(start, *end - start));
 }
 
 }  // namespace

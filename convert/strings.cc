@@ -18,22 +18,22 @@ namespace {
 const char *ValueOrEmpty(const char *value) { return value == nullptr ? "" : value; }
 
 // The first limit characters of text, as a new heap text.
-char *CopyOutCut(std::string_view text, std::size_t limit) { return CopyOut(text.substr(0, limit)); }
+char *CopyOutCut(std::string_view text, std::size_t limit) { return HeapCopy(text.substr(0, limit)); }
 
 char *Substring(std::string_view argument, std::string_view text) {
     const Cut bounds = CutAt(argument, ',');
     int64_t start = ReadInt(bounds.head);
-    const int64_t end = bounds.has_rest ? ReadInt(bounds.rest) : static_cast<int64_t>(text.size());
+    const int64_t end = bounds.hasRest ? ReadInt(bounds.rest) : static_cast<int64_t>(text.size());
     if (start < 0) start = 0;
-    if (end < start) return CopyOut("");
+    if (end < start) return HeapCopy("");
     const auto field = static_cast<std::size_t>(end - start);
     const std::string_view piece =
-        static_cast<std::size_t>(start) < text.size() ? text.substr(start, field) : std::string_view{};
+        static_cast<std::size_t>(start) < text.size() ? text.substr(static_cast<std::size_t>(start), field) : std::string_view{};
     // The piece is right-aligned in its field; only the first characters fit.
     const std::size_t blanks = std::min(field - piece.size(), kShortResultLimit);
     std::string result(blanks, ' ');
     result.append(piece.substr(0, kShortResultLimit - blanks));
-    return CopyOut(result);
+    return HeapCopy(result);
 }
 
 // The needles, results and default of "_strstr,".
@@ -45,29 +45,29 @@ struct NeedleArgument {
 
 NeedleArgument ReadNeedleArgument(std::string_view argument, int cycleIndex) {
     const Cut first = CutAt(argument, ',');
-    NeedleArgument parsed{Evaluate(first.head, cycleIndex), std::nullopt, {}};
-    if (!first.has_rest) return parsed;
+    NeedleArgument parsed{Evaluated(first.head, cycleIndex), std::nullopt, {}};
+    if (!first.hasRest) return parsed;
     if (!first.rest.empty() && first.rest[0] == ',') {
         parsed.fallback = first.rest.substr(1);
         return parsed;
     }
     const Cut second = CutAt(first.rest, ',');
-    parsed.results = Evaluate(second.head, cycleIndex);
-    if (second.has_rest) parsed.fallback = Evaluate(second.rest, cycleIndex);
+    parsed.results = Evaluated(second.head, cycleIndex);
+    if (second.hasRest) parsed.fallback = Evaluated(second.rest, cycleIndex);
     return parsed;
 }
 
 char *StringString(std::string_view argument, std::string_view text, int cycleIndex) {
     const NeedleArgument parsed = ReadNeedleArgument(argument, cycleIndex);
-    const std::vector<std::string_view> needles = Split(parsed.needles, '|');
+    const std::vector<std::string_view> needles = Split(parsed.needles, "|");
     for (std::size_t i = 0; i < needles.size(); ++i) {
-        const std::size_t at = text.find(Decode(needles[i]));
+        const std::size_t at = text.find(Decoded(needles[i]));
         if (at == std::string_view::npos) continue;
-        if (!parsed.results) return CopyOut(text.substr(at));
-        const std::vector<std::string_view> results = Split(*parsed.results, '|');
-        return CopyOut(Decode(results[std::min(i, results.size() - 1)]));
+        if (!parsed.results) return HeapCopy(text.substr(at));
+        const std::vector<std::string_view> results = Split(*parsed.results, "|");
+        return HeapCopy(Decoded(results[std::min(i, results.size() - 1)]));
     }
-    return CopyOut(Decode(parsed.fallback));
+    return HeapCopy(Decoded(parsed.fallback));
 }
 
 enum class Search { kAfter, kBefore, kLastBefore };
@@ -94,11 +94,11 @@ std::optional<std::string> Find(Search search, const std::string &marker, const 
 
 char *Around(Search search, std::string_view argument, const char *value, int cycleIndex) {
     const Cut parts = CutAt(argument, ',');
-    const std::string marker = Decode(Evaluate(parts.head, cycleIndex));
+    const std::string marker = Decoded(Evaluated(parts.head, cycleIndex));
     if (std::optional<std::string> found = Find(search, marker, ValueOrEmpty(value)))
-        return CopyOut(*found);
-    if (parts.has_rest) return CopyOut(Decode(Evaluate(parts.rest, cycleIndex)));
-    return CopyOut(ValueText(value));
+        return HeapCopy(*found);
+    if (parts.hasRest) return HeapCopy(Decoded(Evaluated(parts.rest, cycleIndex)));
+    return HeapCopy(ValueText(value));
 }
 
 // The new text for old text number index: the only one, that number, or
@@ -113,19 +113,19 @@ std::string_view NewTextFor(const std::vector<std::string_view> &newTexts, std::
 std::optional<std::vector<std::pair<std::string, std::string>>> Replacements(std::string_view argument,
                                                                              int cycleIndex) {
     const Cut parts = CutAt(argument, ',');
-    if (!parts.has_rest) return std::nullopt;
-    const std::vector<std::string_view> newTexts = Split(parts.rest, '|');
-    const std::string olds = Evaluate(parts.head, cycleIndex, "|");
+    if (!parts.hasRest) return std::nullopt;
+    const std::vector<std::string_view> newTexts = Split(parts.rest, "|");
+    const std::string olds = Evaluated(parts.head, cycleIndex, "|");
     std::vector<std::pair<std::string, std::string>> pairs;
-    const std::vector<std::string_view> oldTexts = Split(olds, '|');
+    const std::vector<std::string_view> oldTexts = Split(olds, "|");
     for (std::size_t i = 0; i < oldTexts.size(); ++i)
-        pairs.emplace_back(Decode(oldTexts[i]), Decode(NewTextFor(newTexts, i)));
+        pairs.emplace_back(Decoded(oldTexts[i]), Decoded(NewTextFor(newTexts, i)));
     return pairs;
 }
 
 char *ChangeOnce(std::string_view argument, std::string_view text, int cycleIndex) {
     const auto pairs = Replacements(argument, cycleIndex);
-    if (!pairs) return CopyOut(text);
+    if (!pairs) return HeapCopy(text);
     for (const auto &[old, replacement] : *pairs) {
         const std::size_t at = text.find(old);
         if (at == std::string_view::npos) continue;
@@ -133,12 +133,12 @@ char *ChangeOnce(std::string_view argument, std::string_view text, int cycleInde
         result.append(replacement).append(text.substr(at + old.size()));
         return CopyOutCut(result, kLongResultLimit);
     }
-    return CopyOut(text);
+    return HeapCopy(text);
 }
 
 char *ReplaceAll(std::string_view argument, std::string_view text, int cycleIndex) {
     const auto pairs = Replacements(argument, cycleIndex);
-    if (!pairs) return CopyOut(text);
+    if (!pairs) return HeapCopy(text);
     // Each step works on the last one's result, so a new text that holds its
     // old text could double the value at every step: the text never grows
     // past the limit, or past the value itself when that is longer.
@@ -152,7 +152,7 @@ char *ReplaceAll(std::string_view argument, std::string_view text, int cycleInde
         std::free(replaced);
         if (current.size() > limit) current.resize(limit);
     }
-    return CopyOut(current);
+    return HeapCopy(current);
 }
 
 }  // namespace
@@ -192,12 +192,12 @@ char *ConvertToStringReplace(char *argument, char *value, int cycleIndex) {
 }
 
 char *ConvertToLower(char * /*argument*/, char *value, int /*cycleIndex*/) {
-    char *copy = kx::convert::CopyOut(ValueText(value));
+    char *copy = kx::convert::HeapCopy(ValueText(value));
     return copy == nullptr ? nullptr : KonvertiereZuKleinbuchstaben(copy);
 }
 
 char *ConvertToUpper(char * /*argument*/, char *value, int /*cycleIndex*/) {
-    char *copy = kx::convert::CopyOut(ValueText(value));
+    char *copy = kx::convert::HeapCopy(ValueText(value));
     return copy == nullptr ? nullptr : KonvertiereZuGrossbuchstaben(copy);
 }
 

@@ -61,29 +61,29 @@ char *PrintDate(const std::tm &broken) {
     char buffer[80];
     std::snprintf(buffer, sizeof buffer, "%02d/%02d/%02d %02d:%02d:%02d", broken.tm_mon + 1,
                   broken.tm_mday, year, broken.tm_hour, broken.tm_min, broken.tm_sec);
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 char *BrokenDown(const char *value, bool local) {
     const time_t seconds = Seconds(value);
     std::tm broken{};
     if ((local ? localtime_r(&seconds, &broken) : gmtime_r(&seconds, &broken)) == nullptr)
-        return CopyOut(ValueText(value));
+        return HeapCopy(ValueText(value));
     return PrintDate(broken);
 }
 
 char *Ctime(const char *value) {
     const time_t seconds = Seconds(value);
     char buffer[64];
-    if (seconds <= 0 || ctime_r(&seconds, buffer) == nullptr) return CopyOut(ValueText(value));
+    if (seconds <= 0 || ctime_r(&seconds, buffer) == nullptr) return HeapCopy(ValueText(value));
     MacheLetztesElementZumText(buffer);
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 char *SinceNow(const char *value) {
     const int64_t then = ReadUnsigned(ValueText(value));
     const int64_t now = static_cast<int64_t>(std::time(nullptr));
-    return CopyOut(std::to_string(now >= then ? now - then : then - now));
+    return HeapCopy(std::to_string(now >= then ? now - then : then - now));
 }
 
 char *UpTime(const char *value) {
@@ -92,14 +92,14 @@ char *UpTime(const char *value) {
     char buffer[80];
     std::snprintf(buffer, sizeof buffer, "%d day%s, %02d:%02d:%02d", days, days == 1 ? "" : "s",
                   seconds % 86400 / 3600, seconds % 3600 / 60, seconds % 60);
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 char *CpuTime(const char *value) {
     const int32_t count = ReadInt(ValueText(value));
     char buffer[32];
     std::snprintf(buffer, sizeof buffer, "%02d:%02d", count / 60, count % 60);
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 char *HexTime(const char *value) {
@@ -107,7 +107,7 @@ char *HexTime(const char *value) {
     char buffer[80];
     std::snprintf(buffer, sizeof buffer, "%d/%02d/%02d   %02d:%02d:%02d", FullYear(date[0]),
                   date[1], date[2], date[3], date[4], date[5]);
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 // The time of day of epoch seconds, taken from the seconds themselves.
@@ -116,7 +116,7 @@ char *TimeOfDay(time_t seconds) {
     char buffer[64];
     std::snprintf(buffer, sizeof buffer, "%02d:%02d:%02d", static_cast<int>(s / 3600 % 24),
                   static_cast<int>(s % 3600 / 60), static_cast<int>(s % 60));
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 // The locale's date of a broken-down time, at most 15 characters ("" when
@@ -125,11 +125,11 @@ char *LocaleDate(const std::tm &broken) {
     constexpr std::size_t kLocaleDateLimit = 15;
     char buffer[kLocaleDateLimit + 1];
     if (std::strftime(buffer, sizeof buffer, "%x", &broken) == 0) buffer[0] = '\0';
-    return CopyOut(buffer);
+    return HeapCopy(buffer);
 }
 
 char *ProcessTime(std::string_view argument, const char *value, int cycleIndex) {
-    const HexDate reference = ReadHexDate(Decode(Evaluate(argument, cycleIndex)));
+    const HexDate reference = ReadHexDate(Decoded(Evaluated(argument, cycleIndex)));
     const int day = reference[2];
     const int month = reference[1] - 1;
     const int year = reference[0] < 80 ? reference[0] + 100 : reference[0];

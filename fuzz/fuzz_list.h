@@ -6,17 +6,13 @@
 #include <cstdlib>
 
 #include "kx_input.h"
+#include "kx_list.h"
 
 namespace kx::fuzz {
 
 // Frees every entry's texts and the array, and empties the list.
 inline void FreeList(EingabeElement *&list, int &count) {
-    for (int i = 0; i < count; ++i) {
-        std::free(list[i].Name);
-        std::free(list[i].Wert);
-        std::free(list[i].Vorgabe);
-    }
-    std::free(list);
+    KXFreeEingabeList(list, count);
     list = nullptr;
     count = 0;
 }

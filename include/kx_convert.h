@@ -23,7 +23,9 @@ KX_EXTERN_C_BEGIN
  *   The handler neither frees nor changes it.
  * cycleIndex: the page's current cycle index, passed on to MatchIt when the
  *   handler evaluates placeholders in its argument.
- * Returns value itself, or a new heap text that the caller owns, or NULL. */
+ * Returns value itself, or a new heap text that the caller owns, or NULL.
+ * Every handler declared below keeps this contract and returns NULL when
+ * memory runs out for its result. */
 typedef char *(*KonvertierungsFunktion)(char *argument, char *value, int cycleIndex);
 
 /* One row of the conversion table. A name that takes an argument ends in ",". */
@@ -39,13 +41,18 @@ KX_API extern const KonvertierungsEintrag ConvertTable[];
 KX_API extern const int ConvertTableCount; /* 51 */
 
 /* Passed as end to ConvertIt: the chain is not bounded. */
+#ifdef __cplusplus
+#define KX_CONVERT_UNBOUNDED (reinterpret_cast<const char *>(UINTPTR_MAX))
+#else
 #define KX_CONVERT_UNBOUNDED ((const char *)UINTPTR_MAX)
+#endif
 
 /* Finds the conversion chain at the first "_" of text. Returns a pointer into
  * text to the name behind the chain (after the last "."), or text itself when
  * it holds no conversion. *conversionStart (when conversionStart is given)
  * receives the "_" where the chain starts; with no conversion it is NULL, or
- * the first "_" when the text from there begins with "_this". */
+ * the first "_" when the text from there begins with "_this". Allocates
+ * nothing. */
 KX_API char *DetermineConversion(char *text, char **conversionStart);
 
 /* Applies the chain that begins at start and ends before end (which may be
@@ -53,8 +60,9 @@ KX_API char *DetermineConversion(char *text, char **conversionStart);
  * start must be writable; it is the same text again on return.
  * Returns value itself when there is nothing to apply (value is then never
  * freed), otherwise a heap text that the caller frees, or NULL when the last
- * conversion produced nothing. With freeValue non-zero, value (a heap text)
- * is freed when the result differs from it. */
+ * conversion produced nothing (also when memory ran out for it). With
+ * freeValue non-zero, value (a heap text) is freed when the result differs
+ * from it. */
 KX_API char *ConvertIt(char *start, const char *end, char *value, int freeValue, int cycleIndex);
 
 /* --- arithmetic and number formatting ----------------------------------- */
@@ -148,7 +156,8 @@ KX_API char *ConvertToUpper(char *argument, char *value, int cycleIndex);
 
 /* Writes one byte high * 16 + low per pair of characters of hex to out (no
  * terminator; a lone last character is ignored). out holds at least
- * strlen(hex) / 2 bytes. Returns the number of bytes written. */
+ * strlen(hex) / 2 bytes. Returns the number of bytes written. Allocates
+ * nothing. */
 KX_API int HexToOctetString(unsigned char *out, const char *hex);
 
 /* ctime text without its line end; a copy of the value when it is not a

@@ -44,29 +44,33 @@ KX_API extern int *_pEingabeAnzahl;
 KX_API extern char _UtilsMyDefaultBlank[];
 
 /* Index of the first entry named exactly name (case-sensitive); count when
- * there is none. */
+ * there is none. Allocates nothing. */
 KX_API int EingabewertIndex(const char *name, EingabeElement *list, int count);
 
 /* Sets entry index to a heap copy of text (NULL text clears it: Wert NULL,
  * WertGesetzt 0). The old Wert is freed. Returns index; nothing changes when
- * index >= count. */
+ * index >= count, or when memory runs out (the entry keeps its value). */
 KX_API int SetEingabeWertI(int count, EingabeElement *list, int index, const char *text);
 
 /* SetEingabeWertI at the entry named name; returns its index or count. */
 KX_API int SetEingabeWert(int count, EingabeElement *list, const char *name, const char *text);
 
 /* Appends text (not NULL) to the entry's Wert, which becomes a new heap text
- * holding one value. Returns the index, or count when name is unknown. */
+ * holding one value. Returns the index, or count when name is unknown. When
+ * memory runs out the entry keeps its value (the index is still returned). */
 KX_API int AppendEingabeWert(int count, EingabeElement *list, const char *name, const char *text);
 
 /* Sets *value to NULL, then to the entry's own Wert (not a copy, from its
- * start) when that is set and not empty. Returns the index or count. */
+ * start) when that is set and not empty. Returns the index or count.
+ * Allocates nothing. */
 KX_API int GetInputValue(int count, EingabeElement *list, const char *name, char **value);
 
 /* Declares one more entry exactly as a definition line would: kind < 2 gives
  * 'n', otherwise 'j'. An existing name only gets the new kind and default.
- * A NULL separator means "|", a NULL default "". Returns 0, -1 when memory
- * runs out. The list may be reallocated. */
+ * A NULL separator means "|", a NULL default "". Returns 0 (also for a NULL
+ * list or count, which declare nothing); -1 for a NULL name, and when memory
+ * runs out, in which case no entry was added or changed. The list may be
+ * reallocated. */
 KX_API int AppendToEingabe(int *count, EingabeElement **list, const char *separator,
                            const char *name, int kind, const char *defaultText);
 
@@ -84,50 +88,59 @@ KX_API char *EweitereText(const char *text, const char *piece, int pieceLength,
                           const char *separator);
 
 /* Appends separator + piece to the heap text (or NULL) text, freeing the old
- * text; returns the new heap text. A NULL piece returns text unchanged. */
+ * text; returns the new heap text. A NULL piece returns text unchanged, and
+ * so does memory running out (text is then not freed). */
 KX_API char *AddElement(char *text, const char *separator, const char *piece);
 
 /* AddElement(text, separator (only when text is set), piece), then appends the
- * heap text tail, which this call frees. Returns the new heap text. */
+ * heap text tail, which this call frees. Returns the new heap text; a join
+ * that memory does not suffice for is left out, as in AddElement. */
 KX_API char *AddElementToInput(char *text, const char *separator, const char *piece, char *tail);
 
-/* Cuts text at its first CR or LF; returns the remaining length. */
+/* Cuts text at its first CR or LF; returns the remaining length. Allocates
+ * nothing. */
 KX_API int MacheLetztesElementZumText(char *text);
 
 /* Splits text in place at each separator (NULs are written over its first
  * character) and returns the number of elements; 0 for a NULL text.
  * *longest (when given) gets the longest element's length; *lengths (when
- * given) a heap array of the element lengths, which the caller frees. */
+ * given) a heap array of the element lengths, which the caller frees (NULL
+ * when memory runs out; the text is split all the same). */
 KX_API int ErmittleTextElemente(char *text, const char *separator, int *longest, int **lengths);
 
 /* A key of digits picks that element (from 0) of text split at separator;
  * any other key finds "key" in text and gives what follows it, after blanks
- * and tabs, up to the line end. Returns a heap text, or NULL. */
+ * and tabs, up to the line end. Returns a heap text, or NULL (also when
+ * memory runs out). */
 KX_API char *GetIndexedValue(const char *text, const char *key, const char *separator);
 
 /* Overwrites every character of text that is one of the first setLength
- * characters of set with replacement. */
+ * characters of set with replacement. Allocates nothing. */
 KX_API void UtilsErsetzeZeichen(char *text, const char *set, int setLength, char replacement);
 
 /* A new heap text with every occurrence of old (not empty) replaced by
- * replacement; a copy of text when old does not occur. */
+ * replacement; a copy of text when old does not occur. NULL for a NULL text
+ * and when memory runs out. */
 KX_API char *StringReplace(const char *text, const char *old, const char *replacement);
 
 /* StringReplace with lengths: oldLength bytes are stepped over at each
- * occurrence of old and replacementLength bytes of replacement go in. */
+ * occurrence of old and replacementLength bytes of replacement go in. NULL
+ * for a NULL text and when memory runs out. */
 KX_API char *StringNReplace(const char *text, int oldLength, const char *old,
                             int replacementLength, const char *replacement);
 
 /* Replaces each character of text in the first setLength characters of set by
  * the whole replacement (shorter than 4096 bytes). Returns text itself when
  * no such character occurs (length is then not written): compare the pointers
- * before freeing. Otherwise a new heap text, its length stored in *length. */
+ * before freeing. Otherwise a new heap text, its length stored in *length;
+ * NULL when memory runs out. */
 KX_API char *ChangeSubText(const char *text, const char *set, int setLength,
                            const char *replacement, int *length);
 
 /* The closing marker that pairs with the first opening marker of text (which
  * begins with it), nested pairs balanced; a closing marker right after the
- * word "javascript" does not count. text itself when there is none. */
+ * word "javascript" does not count. text itself when there is none.
+ * Allocates nothing. */
 KX_API const char *PairIt(const char *text, const char *open, const char *close);
 
 /* ------------------------------------------------------------------------
@@ -140,15 +153,17 @@ KX_API extern int _mylog;
 /* Percent-encodes blank " / : + & = % ~ # ' ` > | as "%XX" ("%%XX" with
  * doublePercent 1); a blank becomes "+" unless encodeBlank is non-zero.
  * Returns a heap text (an empty one for a NULL text); its length goes to
- * *length when given. */
+ * *length when given. NULL when memory runs out (length not written). */
 KX_API char *ServerEncoding(const char *text, int *length, int encodeBlank, int doublePercent);
 
 /* Decodes "%XX", "+" and "%uXXXX" (into the multibyte form of the locale
  * "Japanese"); bad escapes stay as they are. Returns a heap text, an empty
- * one for a NULL text. The first "%u" escape sets the process locale. */
+ * one for a NULL text; NULL when memory runs out. The first "%u" escape sets
+ * the process locale. */
 KX_API char *ServerDecoding(const char *text);
 
-/* The byte two hexadecimal characters denote (not checked). */
+/* The byte two hexadecimal characters denote (not checked). The character
+ * helpers below allocate nothing. */
 KX_API char x2c(const char *hex);
 
 /* The value of one hexadecimal digit; any other character comes back as is. */
@@ -235,13 +250,17 @@ static inline int KXIsApplicationName(const char *name) {
  * list may be reallocated; its texts belong to the list) and sets the keyword
  * index globals. Of a file line longer than 4095 bytes only the first 4095
  * count (the rest is passed over). Faulty lines are reported into the page
- * as "<! ...>" comments, so a CGI program sends its header before calling it. Returns 0,
- * or 1 when nothing could be read (the list is then unchanged). */
+ * as "<! ...>" comments, so a CGI program sends its header before calling
+ * it. Returns 0, or 1 when nothing could be read (the list is then
+ * unchanged). When memory runs out the lines that could not be stored are
+ * left out and the list holds the entries read until then; the result is
+ * still 0. */
 KX_API int ErmittleEingabe(const char *application, EingabeElement **list, int *count,
                            const char *settings, int settingsCount);
 
 /* ErmittleEingabe that also tries "<directory of programPath><application>.ini"
- * and records the first two files read in _IniFilename. */
+ * and records the first two files read in _IniFilename (a record that memory
+ * does not suffice for stays NULL). Results as ErmittleEingabe. */
 KX_API int ErmittleEingabe2(const char *application, EingabeElement **list, int *count,
                             const char *settings, const char *programPath, int settingsCount);
 
@@ -249,38 +268,43 @@ KX_API int ErmittleEingabe2(const char *application, EingabeElement **list, int 
  * directory and the CGI paths; "PeerScan.ini" falls back to "Korvanetix.ini".
  * Returns the path found in a library buffer (valid until the next call; do
  * not free), or NULL. When stream is given, *stream is the file found, opened
- * for reading (the caller closes it), or NULL. */
+ * for reading (the caller closes it), or NULL. Allocates no result. */
 KX_API char *SearchForFile(const char *name, EingabeElement *list, int count,
                            const char *settings, int settingsCount, FILE **stream);
 
 /* A heap text: the three pieces decoded and joined with "/" after each of the
- * first two that is not empty. NULL pieces count as empty. */
+ * first two that is not empty. NULL pieces count as empty. NULL when memory
+ * runs out. */
 KX_API char *CreateDirectoryname(const char *first, const char *second, const char *third);
 
 /* Fills buffer (KX_PATH_SIZE bytes) with the path of an application file
  * (directory decoded, then file): where SearchForFile found it, or else its
- * place in the application directory, where it is to be created. */
+ * place in the application directory, where it is to be created. Allocates
+ * no result. */
 KX_API void CreateApplicationFilePath(EingabeElement *list, int count, char *buffer,
                                       const char *directory, const char *file);
 
 /* Pointer into query to the value of "&key=" or of "key=" at its start (not
  * cut at the next "&"); NULL when absent or when key and assign together
- * reach 255 bytes. key defaults to "Application", assign to "=". */
+ * reach 255 bytes. key defaults to "Application", assign to "=". Allocates
+ * nothing. */
 KX_API char *PositioniereAufSchluesselwortWert(const char *query, const char *key,
                                                const char *assign);
 
 /* Reads all of stream (standard input when NULL) once standard input is
  * readable within 5 seconds. Returns a heap text and its length in *length,
- * or NULL: after the wait ran out (length not written) or for empty input
- * (length 0). */
+ * or NULL: after the wait ran out (length not written), for empty input
+ * (length 0), or when memory runs out (length not written). */
 KX_API char *UtilsGetPostedInformation(int initialSize, FILE *stream, int *length);
 
 /* Elements first .. first + number - 1 (from 1; number <= 0: to the end) of
  * the heap text text, split at separator: a new heap text, and text is
- * freed; or text itself, unchanged, when the range is not there. */
+ * freed; or text itself, unchanged, when the range is not there or memory
+ * runs out. */
 KX_API char *UtilsCreateOuput(char *text, const char *separator, int first, int number);
 
-/* Pointer into path just after its last "/" or "\\"; path when it has none. */
+/* Pointer into path just after its last "/" or "\\"; path when it has none.
+ * This and ErmittleProgrammname allocate nothing. */
 KX_API const char *HTMLBasename(const char *path);
 
 /* Pointer into path to its base name. */

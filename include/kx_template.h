@@ -32,7 +32,12 @@ KX_EXTERN_C_BEGIN
  * mode write every value HTML-escaped (& < > " '). Nested evaluations
  * (MatchIt, inline controls) may spend 128 plus one per two bytes of each
  * line; beyond that, and beyond 48 levels, a nested text is left as it
- * stands. */
+ * stands.
+ * When memory runs out the page is written as far as it can be: a value that
+ * cannot be encoded or decoded is written as nothing, an entry that cannot be
+ * declared is left out, and in string mode *result is NULL when the built
+ * text cannot be copied out. */
+
 KX_API void ErsetzeUndGebeHtmlDateiAus(const char *nameOrText, char **result, int startIndex,
                                        int endIndex, int *pCount, EingabeElement **pList);
 
@@ -40,12 +45,13 @@ KX_API void ErsetzeUndGebeHtmlDateiAus(const char *nameOrText, char **result, in
  * first line (size bytes of buffer); the lines of the comment are read past
  * and line then holds the first line after it. Returns the number of lines
  * read past (0: no such comment), -1 at end of file, -2 for a NULL stream or
- * line or a size below 1. */
+ * line or a size below 1. Allocates nothing. */
 KX_API int DeleteComment(FILE *stream, char *line, int size);
 
 /* --- conditions and comparisons ----------------------------------------- */
 
-/* A comparison: 1 when the relation holds between left and right, else 0. */
+/* A comparison: 1 when the relation holds between left and right, else 0.
+ * The comparison functions allocate nothing. */
 typedef int (*VergleichsFunktion)(const char *left, const char *right);
 
 /* A row of the operator table: the operator and its length. */
@@ -70,7 +76,8 @@ KX_API extern const VergleichsFunktion NumericCompareFunction[];
 KX_API extern const VergleichsFunktion SubstringCompareFunction[];
 
 /* Index of the first operator of exactly length characters that equals the
- * first length characters of text; -1 when there is none (or text is NULL). */
+ * first length characters of text; -1 when there is none (or text is NULL).
+ * Allocates nothing. */
 KX_API int DetermineCompareIndex(const char *text, int length);
 
 /* Compares the value of entry leftIndex with the alternatives of rightText
@@ -80,7 +87,8 @@ KX_API int DetermineCompareIndex(const char *text, int length);
  * the entry is left on the value that matched (elementIndex, when another
  * valid entry, steps along). leftText is the left value for "_file" only.
  * An unknown type, an operator index outside the table or an invalid
- * leftIndex give 0. rightText is not changed. */
+ * leftIndex give 0. rightText is not changed. When memory runs out before
+ * the alternatives are evaluated, the result is 0. */
 KX_API int CompareFunction(const char *type, int op, const char *leftText, const char *rightText,
                            int cycleIndex, int leftIndex, int leftValueIndex, int elementIndex,
                            EingabeElement **pList, int *pCount);
@@ -109,7 +117,9 @@ KX_API int SubstringCompareGreater(const char *left, const char *right);
  * when the list has one, and only values whose definition line stays within
  * 4093 bytes; a save that does not happen is reported in the entry
  * "ErrorText" when the list has one. Returns the Name of the entry of the last
- * button pressed (owned by the list, not a copy), or NULL. */
+ * button pressed (owned by the list, not a copy), or NULL. When memory runs
+ * out, an element whose values cannot be stored leaves its entry as it was,
+ * and a value that cannot be decoded is stored as the empty text. */
 KX_API char *WertzuweisungEingabe(int count, const char *text, int *pCount, EingabeElement **pList,
                                   const char *divider);
 
@@ -120,7 +130,8 @@ KX_API char *WertzuweisungEingabe(int count, const char *text, int *pCount, Eing
  * it, so that concurrent changes are serialised. Returns 0 when it was
  * written, -1 when the file is missing or unreadable, key is absent, no stop
  * byte follows the key, the lock did not come within 5 seconds or the write
- * failed (read-only file included; the file is then unchanged). */
+ * failed (read-only file included; the file is then unchanged); -1 as well
+ * when memory runs out. */
 KX_API int ChangeFileContent(const char *path, const char *key, const char *text,
                              const char *stopSet, int stopSetLength);
 
@@ -156,7 +167,8 @@ KX_API extern int _ThisValueIndex;
  * iErsetzungsEnde. encodeChars (or NULL): characters percent-encoded in the
  * result ("|" becomes "%7C"). Returns text itself when it holds no marker or
  * nothing was produced, otherwise a new heap text that the caller frees:
- * compare the pointers before freeing. */
+ * compare the pointers before freeing. When memory runs out, text itself (a
+ * result that cannot be built) or NULL (one that cannot be encoded). */
 KX_API char *MatchIt(const char *text, const char *marker, int cycleIndex,
                      const char *encodeChars);
 
@@ -168,7 +180,8 @@ KX_API char *MatchIt(const char *text, const char *marker, int cycleIndex,
  * (or -1) into *valueIndex. A selection form {Prefix[{Key[a|b]}]} adds the
  * entry Prefix_<candidate> holding the selected values. Returns the number of
  * values selected; 1 for a simple placeholder while _InCreateValueFromControl
- * is set; 0 otherwise. */
+ * is set; 0 otherwise, and 0 when memory runs out before the values are
+ * selected (a value that cannot be encoded is stored empty). */
 KX_API int ReplaceValue(char *start, char *end, int *pCount, EingabeElement **pList,
                         const char *divider, ErsetzungsName *name, char *message,
                         int *valueIndex, int cycleIndex);
@@ -176,7 +189,8 @@ KX_API int ReplaceValue(char *start, char *end, int *pCount, EingabeElement **pL
 /* Parses a selection form (see ReplaceValue). *indexList receives a heap
  * array of the selected value positions (the caller frees it) or NULL;
  * *bracket (when given) the first "[" of the placeholder or NULL. Returns
- * the number of positions; 1 for a simple placeholder in control mode. */
+ * the number of positions; 1 for a simple placeholder in control mode; 0
+ * (with NULL lists) when memory runs out. */
 KX_API int DetermineReplaceValue(char *start, char *end, int *pCount, EingabeElement **pList,
                                  const char *divider, ErsetzungsName *name, char *message,
                                  int **indexList, char **bracket, int *valueIndex,
@@ -187,7 +201,8 @@ KX_API int DetermineReplaceValue(char *start, char *end, int *pCount, EingabeEle
  * entry the control follows (out of range for none), valueIndex its value
  * index or -1. *result receives a new heap text (the caller frees it) or NULL.
  * Returns the number of characters the control occupies, through its end
- * marker; 0 when text is no control. The text is restored before return. */
+ * marker; 0 when text is no control. The text is restored before return.
+ * When memory runs out *result may be NULL for a control that holds. */
 KX_API int CreateValueFromControl(char *text, int elementIndex, int cycleIndex, int *pCount,
                                   EingabeElement **pList, char **result, int valueIndex,
                                   int skip, const char *endMarker, char *message);

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "companion/libKXUtils.h"
+#include "core/entry.h"
 #include "input/request_internal.h"
 
 namespace kx::request {
@@ -13,21 +14,12 @@ void UnifySeparators(std::string &path) {
                     replacement);
 }
 
-std::string Decoded(const char *text) {
-    char *decoded = ServerDecoding(text);
-    if (decoded == nullptr) return {};
-    std::string result(decoded);
-    std::free(decoded);
-    return result;
-}
-
 bool IsEntry(int index, int count) { return index >= 0 && index < count; }
 
 std::string_view CurrentText(const EingabeElement *list, int count, int index) {
     if (list == nullptr || !IsEntry(index, count)) return {};
-    const EingabeElement &entry = list[index];
-    if (entry.Wert != nullptr) return entry.Wert + entry.WertPosition;
-    return entry.Vorgabe != nullptr ? std::string_view(entry.Vorgabe) : std::string_view();
+    const char *text = core::CurrentText(list[index]);
+    return text != nullptr ? std::string_view(text) : std::string_view();
 }
 
 std::string ApplicationDirectory(const EingabeElement *list, int count) {

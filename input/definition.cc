@@ -9,6 +9,9 @@
 #include <string>
 
 #include "companion/libKXUtils.h"
+#include "core/file.h"
+#include "core/markers.h"
+#include "core/messages.h"
 #include "input/definition_reader.h"
 #include "input/request_internal.h"
 
@@ -22,17 +25,9 @@ char _IniFilenameDivideSign[2] = {'\0', '\0'};
 namespace kx::request {
 namespace {
 
-// A definition argument that begins with one of these bytes is a definition
-// text in memory; any other is an application name.
-constexpr std::array<unsigned char, 12> kInMemoryMarkers = {
-    '~', '|', ' ', '&', '%', '$', 0xA7, '!', '"', '!', '^', '#'};
-
 constexpr std::string_view kDefinitionEnding = ".ini";
 
-struct FileCloser {
-    void operator()(std::FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
+using core::File;
 
 // One call of ErmittleEingabe or ErmittleEingabe2.
 struct Request {
@@ -46,8 +41,7 @@ struct Request {
 };
 
 bool IsInMemory(const char *application) {
-    const auto first = static_cast<unsigned char>(application[0]);
-    return std::find(kInMemoryMarkers.begin(), kInMemoryMarkers.end(), first) != kInMemoryMarkers.end();
+    return core::IsDefinitionMarker(application[0]);
 }
 
 void RememberList(EingabeElement **list, int *count) {
@@ -119,7 +113,7 @@ int Read(const Request &call) {
     if (call.list == nullptr || call.count == nullptr) return 1;
     RememberList(call.list, call.count);
     if (call.application == nullptr) {
-        std::fputs("<! ErmittleEingabe: Anwendung == NULL>\n", PageStream());
+        std::fputs(core::MessageText(core::PageMessage::NoApplication), PageStream());
         return 1;
     }
     return IsInMemory(call.application) ? ReadFromMemory(call) : ReadFromFile(call);

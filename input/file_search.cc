@@ -20,14 +20,15 @@ namespace {
 constexpr const char *kPeerScanDefinition = "PeerScan.ini";
 constexpr const char *kConsoleDefinition = "Korvanetix.ini";
 constexpr std::string_view kConsoleDirectory = "Korvanetix";
+constexpr std::string_view kSettingAssign = "=";
 
-// A settings text "CGIPath=..." has its value 8 bytes in, "CGIDirectory=..." 13.
+// A settings text "CGIPath=..." has its value after the name and "=".
 struct SettingName {
     std::string_view name;
-    std::size_t valueOffset;
+    std::size_t ValueOffset() const { return name.size() + kSettingAssign.size(); }
 };
-constexpr SettingName kCGIPathSetting{"CGIPath", 8};
-constexpr SettingName kCGIDirectorySetting{"CGIDirectory", 13};
+constexpr SettingName kCGIPathSetting{"CGIPath"};
+constexpr SettingName kCGIDirectorySetting{"CGIDirectory"};
 
 struct SearchRequest {
     std::string_view name;
@@ -56,7 +57,7 @@ const char *SettingValue(const SearchRequest &search, const SettingName &setting
     const char *text = search.settings;
     for (int index = 0; text != nullptr && index < search.settingsCount; ++index) {
         const std::string_view entry(text);
-        if (entry.starts_with(setting.name)) return text + std::min(setting.valueOffset, entry.size());
+        if (entry.starts_with(setting.name)) return text + std::min(setting.ValueOffset(), entry.size());
         text += entry.size() + 1;
     }
     return nullptr;
@@ -97,7 +98,7 @@ std::optional<std::string> InSettingsCGIPath(const SearchRequest &search) {
 }
 
 using Candidate = std::optional<std::string> (*)(const SearchRequest &);
-constexpr std::array<Candidate, 5> kSearchOrder = {
+constexpr Candidate kSearchOrder[] = {
     InCurrentDirectory,
     InConsoleDirectory,
     InApplicationDirectory,

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/alloc.h"
 #include "input/request_internal.h"
 
 namespace kx::request {
@@ -94,12 +95,12 @@ private:
 // bytes whenever only the place for the NUL is left. Null when memory runs out.
 char *ReadAll(TimedReader &reader, int firstByte, std::size_t step, std::size_t &length) {
     std::size_t size = step;
-    auto *buffer = static_cast<char *>(std::malloc(size));
+    auto *buffer = static_cast<char *>(kx::core::Allocate(size));
     length = 0;
     for (int ch = firstByte; buffer != nullptr && ch != EOF; ch = reader.Next()) {
         if (length == size - 1) {
             size = std::min(size + step, kMaxPostedLength + 1);
-            auto *grown = static_cast<char *>(std::realloc(buffer, size));
+            auto *grown = static_cast<char *>(kx::core::Reallocate(buffer, size));
             if (grown == nullptr) std::free(buffer);
             buffer = grown;
             if (buffer == nullptr) break;

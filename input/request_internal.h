@@ -9,12 +9,13 @@
 #include <string>
 #include <string_view>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_input.h"
 
 namespace kx::request {
 
-using kx::input::HeapCopy;
+using core::Decoded;
+using core::HeapCopy;
 
 // Longest path the library builds, without its terminating NUL.
 inline constexpr std::size_t kMaxPathLength = KX_PATH_SIZE - 1;
@@ -30,13 +31,10 @@ char SeparatorCharacter();
 // Every "/" and backslash of path becomes the separator character.
 void UnifySeparators(std::string &path);
 
-// The decoded form of text (ServerDecoding); a null text gives "".
-std::string Decoded(const char *text);
-
 // True when index names an entry of a list of count entries.
 bool IsEntry(int index, int count);
 
-// The current text of entry index (Wert + WertPosition, else Vorgabe); empty
+// The current text of entry index (the one bounds rule of core/entry.h); empty
 // when the index is not an entry or the entry has no text.
 std::string_view CurrentText(const EingabeElement *list, int count, int index);
 

@@ -8,7 +8,8 @@
 #include <array>
 #include <string_view>
 
-#include "input/eingabe/heap_text.h"
+#include "core/alloc.h"
+#include "core/text.h"
 #include "kx_input.h"
 
 int _mylog = 0;
@@ -102,7 +103,7 @@ char *ServerEncoding(const char *text, int *length, int encodeBlank, int doubleP
     };
     size_t size = 0;
     for (char ch : in) size += kind(ch) == Encode::Escape ? escape : 1;
-    char *out = static_cast<char *>(std::malloc(size + 1));
+    char *out = static_cast<char *>(kx::core::Allocate(size + 1));
     if (out == nullptr) return nullptr;
     char *p = out;
     for (char ch : in) {
@@ -123,10 +124,10 @@ char *ServerEncoding(const char *text, int *length, int encodeBlank, int doubleP
 }
 
 char *ServerDecoding(const char *text) {
-    if (text == nullptr) return kx::input::HeapCopy({});
+    if (text == nullptr) return kx::core::HeapCopy({});
     // The output is never longer than the input, so it is written straight
     // into the text handed back.
-    char *out = static_cast<char *>(std::malloc(std::strlen(text) + 1));
+    char *out = static_cast<char *>(kx::core::Allocate(std::strlen(text) + 1));
     if (out == nullptr) return nullptr;
     out[kx::input::Decode(text, out)] = '\0';
     return out;

@@ -5,11 +5,14 @@
 #include <vector>
 
 #include "companion/libparser.h"
+#include "core/evaluation.h"
+#include "core/text.h"
 #include "kx_input.h"
 #include "kx_template.h"
-#include "template/value_cursor.h"
+#include "core/value_cursor.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 // A comparison type and its table. Type names are compared without regard to case.
@@ -48,21 +51,13 @@ VergleichsFunktion FindComparison(const char *type, int op) {
 class Alternatives {
 public:
     Alternatives(const char *rightText, int cycleIndex) {
-        // MatchIt gets a copy of its own, so the caller's text stays as it is.
-        text_ = UtilsErzeugeText(rightText ? rightText : "", rightText ? static_cast<int>(std::strlen(rightText)) : 0);
-        if (text_ == nullptr) return;
-        char *evaluated = MatchIt(text_, "{", cycleIndex, nullptr);
-        if (evaluated != text_) {
-            std::free(text_);
-            text_ = evaluated;
-        } else if (std::strchr(text_, '%') != nullptr) {
-            char *decoded = ServerDecoding(text_);
-            std::free(text_);
-            text_ = decoded;
-        }
+        Evaluation evaluated(rightText != nullptr ? rightText : "", cycleIndex);
+        if (!evaluated.Changed() && evaluated.Text().find('%') != std::string_view::npos)
+            text_.Reset(ServerDecoding(std::string(evaluated.Text()).c_str()));
+        else
+            text_.Reset(evaluated.Release());
         Split();
     }
-    ~Alternatives() { std::free(text_); }
     Alternatives(const Alternatives &) = delete;
     Alternatives &operator=(const Alternatives &) = delete;
 
@@ -85,16 +80,16 @@ private:
     // ErmittleTextElemente writes a NUL over each "|"; the pieces then follow
     // one another, each ended by its NUL.
     void Split() {
-        if (text_ == nullptr) return;
-        const int n = ErmittleTextElemente(text_, kAlternativeSeparator, nullptr, nullptr);
-        const char *piece = text_;
+        if (!text_) return;
+        const int n = ErmittleTextElemente(text_.Get(), kAlternativeSeparator, nullptr, nullptr);
+        const char *piece = text_.Get();
         for (int i = 0; i < n; ++i) {
             list_.push_back(piece);
             piece += std::strlen(piece) + 1;
         }
     }
 
-    char *text_ = nullptr;
+    HeapText text_;
     std::vector<const char *> list_;
 };
 

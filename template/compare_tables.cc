@@ -1,53 +1,90 @@
 // The operator table, the six comparison tables and the substring comparisons.
 #include <cstring>
+#include <iterator>
+#include <string>
 
 #include "companion/libparser.h"
 #include "kx_template.h"
 
+namespace {
+
+// A row of the operator table; its length is counted here, not by hand.
+constexpr CompareOperator Row(const char *op) {
+    return {op, static_cast<int>(std::char_traits<char>::length(op))};
+}
+
+}  // namespace
+
 extern "C" {
 
+// clang-format off
 const CompareOperator CompareTab[] = {
-    {"==", 2},
-    {"!=", 2},
-    {"<=", 2},
-    {">=", 2},
-    {"<", 1},
-    {">", 1},
+    Row("=="),
+    Row("!="),
+    Row("<="),
+    Row(">="),
+    Row("<"),
+    Row(">"),
 };
-const int CompareTabLength = sizeof CompareTab / sizeof CompareTab[0];
+// clang-format on
+const int CompareTabLength = static_cast<int>(std::size(CompareTab));
 
 // Every table holds one function per row of CompareTab, in the same order.
 const VergleichsFunktion TextCompareFunction[] = {
-    TextCompareEqual,      TextCompareNotEqual, TextCompareLowerEqual,
-    TextCompareGreaterEqual, TextCompareLower,  TextCompareGreater,
+    TextCompareEqual,         // ==
+    TextCompareNotEqual,      // !=
+    TextCompareLowerEqual,    // <=
+    TextCompareGreaterEqual,  // >=
+    TextCompareLower,         // <
+    TextCompareGreater,       // >
 };
 const VergleichsFunktion TextCompareFunctioni[] = {
-    TextCompareEquali,      TextCompareNotEquali, TextCompareLowerEquali,
-    TextCompareGreaterEquali, TextCompareLoweri,  TextCompareGreateri,
+    TextCompareEquali,         // ==
+    TextCompareNotEquali,      // !=
+    TextCompareLowerEquali,    // <=
+    TextCompareGreaterEquali,  // >=
+    TextCompareLoweri,         // <
+    TextCompareGreateri,       // >
 };
 const VergleichsFunktion TextCompareFunctionN[] = {
-    TextCompareEqualN,      TextCompareNotEqualN, TextCompareLowerEqualN,
-    TextCompareGreaterEqualN, TextCompareLowerN,  TextCompareGreaterN,
+    TextCompareEqualN,         // ==
+    TextCompareNotEqualN,      // !=
+    TextCompareLowerEqualN,    // <=
+    TextCompareGreaterEqualN,  // >=
+    TextCompareLowerN,         // <
+    TextCompareGreaterN,       // >
 };
 const VergleichsFunktion TextCompareFunctionNi[] = {
-    TextCompareEqualNi,      TextCompareNotEqualNi, TextCompareLowerEqualNi,
-    TextCompareGreaterEqualNi, TextCompareLowerNi,  TextCompareGreaterNi,
+    TextCompareEqualNi,         // ==
+    TextCompareNotEqualNi,      // !=
+    TextCompareLowerEqualNi,    // <=
+    TextCompareGreaterEqualNi,  // >=
+    TextCompareLowerNi,         // <
+    TextCompareGreaterNi,       // >
 };
 const VergleichsFunktion NumericCompareFunction[] = {
-    NumericCompareEqual,      NumericCompareNotEqual, NumericCompareLowerEqual,
-    NumericCompareGreaterEqual, NumericCompareLower,  NumericCompareGreater,
+    NumericCompareEqual,         // ==
+    NumericCompareNotEqual,      // !=
+    NumericCompareLowerEqual,    // <=
+    NumericCompareGreaterEqual,  // >=
+    NumericCompareLower,         // <
+    NumericCompareGreater,       // >
 };
 const VergleichsFunktion SubstringCompareFunction[] = {
-    SubstringCompareEqual,      SubstringCompareNotEqual, SubstringCompareLowerEqual,
-    SubstringCompareGreaterEqual, SubstringCompareLower,  SubstringCompareGreater,
+    SubstringCompareEqual,         // ==
+    SubstringCompareNotEqual,      // !=
+    SubstringCompareLowerEqual,    // <=
+    SubstringCompareGreaterEqual,  // >=
+    SubstringCompareLower,         // <
+    SubstringCompareGreater,       // >
 };
 
-static_assert(sizeof CompareTab / sizeof CompareTab[0] == sizeof TextCompareFunction / sizeof TextCompareFunction[0]);
-static_assert(sizeof CompareTab / sizeof CompareTab[0] == sizeof TextCompareFunctioni / sizeof TextCompareFunctioni[0]);
-static_assert(sizeof CompareTab / sizeof CompareTab[0] == sizeof TextCompareFunctionN / sizeof TextCompareFunctionN[0]);
-static_assert(sizeof CompareTab / sizeof CompareTab[0] == sizeof TextCompareFunctionNi / sizeof TextCompareFunctionNi[0]);
-static_assert(sizeof CompareTab / sizeof CompareTab[0] == sizeof NumericCompareFunction / sizeof NumericCompareFunction[0]);
-static_assert(sizeof CompareTab / sizeof CompareTab[0] == sizeof SubstringCompareFunction / sizeof SubstringCompareFunction[0]);
+static_assert(std::size(TextCompareFunction) == std::size(CompareTab));
+static_assert(std::size(TextCompareFunctioni) == std::size(CompareTab));
+static_assert(std::size(TextCompareFunctionN) == std::size(CompareTab));
+static_assert(std::size(TextCompareFunctionNi) == std::size(CompareTab));
+static_assert(std::size(NumericCompareFunction) == std::size(CompareTab));
+static_assert(std::size(SubstringCompareFunction) == std::size(CompareTab));
 
 int SubstringCompareEqual(const char *left, const char *right) {
     return (left != nullptr && right != nullptr && std::strstr(left, right) != nullptr) ? 1 : 0;

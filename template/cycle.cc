@@ -1,6 +1,21 @@
 // CYCLE blocks: collecting a body, replaying it once per iteration, the
 // number of iterations, stepping list values and the offset of a nested
 // cycle's group.
+//
+// The state (template/cycle_state.h) moves like this. Every level starts
+// Idle. A CYCLE directive met at level L-1 (StartCycle -> StartBody) makes
+// level L Collecting with a new body; the lines the processor reads then go
+// into that body (Collect) instead of the page, and a nested CYCLE starts a
+// body one level deeper. The /CYCLE that closes a body (EndCollection) goes
+// back to the enclosing level (Leave). When the outermost body, level 1, is
+// closed, BeginReplay moves every level from 1 to the deepest one collected
+// to Replaying at once, and the processor is fed the stored lines
+// (ReplayLine) instead of the template's. At the end of a body's lines
+// EndOfIteration starts the next iteration (NextIteration, stepping the lists
+// written in it) or, at the limit, LastIterationDone; when that happens at
+// level 1, every level is Reset to Idle and the text after the outermost
+// /CYCLE goes on at level 0 (ResumePage). The replay of a nested body is
+// entered from its line in the enclosing body (StartCycle -> EnterReplay).
 #include "template/cycle.h"
 
 #include <algorithm>
@@ -9,14 +24,13 @@
 #include <cstring>
 #include <string>
 
-#include "template/count_entries.h"
+#include "core/entry.h"
+#include "core/messages.h"
 #include "template/nesting.h"
-#include "template/entry_values.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
-
-constexpr const char *kNoMatchingCycle = "<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\n";
 
 // The scratch room for a cycle name followed by "Internalcount".
 constexpr size_t kScratchSize = 512;
@@ -31,7 +45,7 @@ int CountOf(const char *text) {
 // The value number an entry stands on, when a mark of this call knows it;
 // -1 otherwise.
 int MarkedIndex(const Invocation &inv, int index, const EingabeElement &entry) {
-    for (const ValueMark &mark : inv.marks)
+    for (const ValueMark &mark : inv.cycle.marks)
         if (mark.entry == index && mark.wert == entry.Wert && mark.count == entry.WertGesetzt &&
             mark.position == entry.WertPosition)
             return mark.index;
@@ -40,12 +54,12 @@ int MarkedIndex(const Invocation &inv, int index, const EingabeElement &entry) {
 
 void Mark(Invocation &inv, int index, const EingabeElement &entry, int value) {
     const ValueMark mark{index, entry.Wert, entry.WertGesetzt, entry.WertPosition, value};
-    for (ValueMark &known : inv.marks)
+    for (ValueMark &known : inv.cycle.marks)
         if (known.entry == index) {
             known = mark;
             return;
         }
-    inv.marks.push_back(mark);
+    inv.cycle.marks.push_back(mark);
 }
 
 // The value number of a position found by walking the values; the count when
@@ -92,11 +106,11 @@ char *ReplayLine(Invocation &inv) {
 
 // Enters a level that replays a body: line 1 follows the directive.
 char *EnterReplay(Invocation &inv, int level, size_t body) {
-    inv.level = level;
-    inv.levels[level].body = body;
-    inv.levels[level].lineIndex = 1;
-    inv.refused = 0;
-    ++inv.iterations;
+    inv.cycle.level = level;
+    inv.cycle.levels[level].body = body;
+    inv.cycle.levels[level].lineIndex = 1;
+    inv.cycle.refused = 0;
+    ++inv.cycle.iterations;
     return ReplayLine(inv);
 }
 
@@ -129,11 +143,11 @@ char *EndOfIteration(Invocation &inv);
 // During a replay: the body at the next level of the nested CYCLE directive
 // on the current stored line.
 bool NestedBody(Invocation &inv, size_t *index) {
-    const int next = inv.level + 1;
-    if (next >= kLevelCount || inv.levels[next].state != CycleState::Replaying) return false;
+    const int next = inv.cycle.level + 1;
+    if (next >= kLevelCount || inv.cycle.levels[next].state != CycleState::Replaying) return false;
     const Level &level = inv.Current();
     for (const auto &[line, body] : inv.Current().Active().nested) {
-        if (line != level.lineIndex || body >= inv.levels[next].bodies.size()) continue;
+        if (line != level.lineIndex || body >= inv.cycle.levels[next].bodies.size()) continue;
         *index = body;
         return true;
     }
@@ -144,12 +158,12 @@ bool NestedBody(Invocation &inv, size_t *index) {
 // that collects already gets a further body beside the ones it holds. The
 // enclosing body stores the whole text as the line that enters it.
 Body &StartBody(Invocation &inv, int level, char *text) {
-    Level &at = inv.levels[level];
+    Level &at = inv.cycle.levels[level];
     if (at.state != CycleState::Collecting) at.bodies.clear();
     at.state = CycleState::Collecting;
     at.body = at.bodies.size();
     at.bodies.emplace_back();
-    inv.deepest = std::max(inv.deepest, level);
+    inv.cycle.deepest = std::max(inv.cycle.deepest, level);
     if (level > 1) {
         Body &outer = inv.Current().Active();
         outer.nested.emplace_back(outer.lines.size(), at.body);
@@ -163,15 +177,15 @@ Body &StartBody(Invocation &inv, int level, char *text) {
 char *NextIteration(Invocation &inv) {
     Level &level = inv.Current();
     level.lineIndex = 1;
-    inv.refused = 0;
-    ++inv.iterations;
-    const int next = inv.level + 1;
+    inv.cycle.refused = 0;
+    ++inv.cycle.iterations;
+    const int next = inv.cycle.level + 1;
     for (int i = 0; i < *inv.pCount; ++i) {
         EingabeElement &entry = List(inv)[i];
         if (entry.WertGesetzt < 2) continue;
         if (Recorded(level.Active(), entry.Name)) StepValue(inv, i);
-        if (next < kLevelCount && inv.levels[next].governing == i)
-            inv.levels[next].countValue = CountOf(CurrentText(entry));
+        if (next < kLevelCount && inv.cycle.levels[next].governing == i)
+            inv.cycle.levels[next].countValue = CountOf(CurrentText(entry));
     }
     return ReplayLine(inv);
 }
@@ -191,13 +205,13 @@ void RewindLists(Invocation &inv, const Body &body, bool governed) {
 
 // The outermost cycle has ended: the text after its /CYCLE goes on at level 0.
 char *ResumePage(Invocation &inv) {
-    inv.refused = 0;
-    for (Level &level : inv.levels) {
+    inv.cycle.refused = 0;
+    for (Level &level : inv.cycle.levels) {
         level.governing = -1;
         level.countValue = -1;
     }
     std::string leftover;
-    leftover.swap(inv.levels[1].leftover);
+    leftover.swap(inv.cycle.levels[1].leftover);
     if (leftover.empty()) return nullptr;
     const size_t length = std::min(leftover.size(), inv.line.size() - 1);
     std::memcpy(inv.line.data(), leftover.data(), length);
@@ -208,31 +222,31 @@ char *ResumePage(Invocation &inv) {
 
 // The outermost body is collected: every level collected starts replaying.
 char *BeginReplay(Invocation &inv) {
-    for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].state = CycleState::Replaying;
+    for (int l = 1; l <= inv.cycle.deepest; ++l) inv.cycle.levels[l].state = CycleState::Replaying;
     return EnterReplay(inv, 1, 0);
 }
 
 // Leaves the current level; rest is the text after a /CYCLE that ended a
 // collection.
 char *Leave(Invocation &inv, char *rest) {
-    --inv.level;
-    if (inv.level > 0) {
+    --inv.cycle.level;
+    if (inv.cycle.level > 0) {
         if (inv.Replaying()) return LineEnds(inv);
         // The text after a nested /CYCLE belongs to the enclosing body.
         ++inv.Current().lineIndex;
         return rest;
     }
-    if (inv.levels[1].state == CycleState::Idle) return ResumePage(inv);
+    if (inv.cycle.levels[1].state == CycleState::Idle) return ResumePage(inv);
     return BeginReplay(inv);
 }
 
 char *LastIterationDone(Invocation &inv) {
     Level &level = inv.Current();
     RewindLists(inv, level.Active(), level.governing >= 0);
-    if (inv.level == 1) {
+    if (inv.cycle.level == 1) {
         // The outermost cycle frees every body it collected.
-        for (int l = 1; l <= inv.deepest; ++l) inv.levels[l].Reset();
-        inv.deepest = 0;
+        for (int l = 1; l <= inv.cycle.deepest; ++l) inv.cycle.levels[l].Reset();
+        inv.cycle.deepest = 0;
     } else {
         level.lineIndex = 0;
         level.counter = 0;
@@ -246,7 +260,7 @@ char *EndOfIteration(Invocation &inv) {
     Level &level = inv.Current();
     level.skip = false;
     ++level.counter;
-    if (level.counter < level.Active().limit && inv.iterations < kMaxCycleIterations)
+    if (level.counter < level.Active().limit && inv.cycle.iterations < kMaxCycleIterations)
         return NextIteration(inv);
     return LastIterationDone(inv);
 }
@@ -266,7 +280,7 @@ char *EndCollection(Invocation &inv, const Placeholder &ph, char *pos) {
         return Leave(inv, nullptr);
     }
     lines.emplace_back(opener, static_cast<size_t>(rest - opener));
-    if (inv.level == 1) {
+    if (inv.cycle.level == 1) {
         level.leftover = rest;
         rest = nullptr;
     }
@@ -324,21 +338,21 @@ char *LineEnds(Invocation &inv) {
 }
 
 bool RefuseCycle(Invocation &inv) {
-    const int next = inv.level + 1;
+    const int next = inv.cycle.level + 1;
     size_t body = 0;
     const bool refuse = next >= kLevelCount || (inv.Replaying() && !NestedBody(inv, &body));
-    if (refuse) ++inv.refused;
+    if (refuse) ++inv.cycle.refused;
     return refuse;
 }
 
 bool RefuseCycleEnd(Invocation &inv) {
-    if (inv.refused == 0) return false;
-    --inv.refused;
+    if (inv.cycle.refused == 0) return false;
+    --inv.cycle.refused;
     return true;
 }
 
 char *StartCycle(Invocation &inv, const Placeholder &ph, char *pos) {
-    const int next = inv.level + 1;
+    const int next = inv.cycle.level + 1;
     size_t nested = 0;
     if (inv.Replaying() && NestedBody(inv, &nested)) return EnterReplay(inv, next, nested);
     Body &body = StartBody(inv, next, pos);
@@ -349,14 +363,14 @@ char *StartCycle(Invocation &inv, const Placeholder &ph, char *pos) {
     constexpr size_t kWordAndSeparator = 6; // "CYCLE" and one separator character
     if (ph.nameLength > kWordAndSeparator)
         body.cycleName.assign(ph.name + kWordAndSeparator, ph.nameLength - kWordAndSeparator);
-    inv.level = next;
-    inv.refused = 0;
+    inv.cycle.level = next;
+    inv.cycle.refused = 0;
     return *rest == '\0' ? nullptr : rest;
 }
 
 char *EndCycle(Invocation &inv, const Placeholder &ph, char *pos) {
-    if (inv.level == 0) {
-        inv.Write(kNoMatchingCycle);
+    if (inv.cycle.level == 0) {
+        inv.Write(MessageText(PageMessage::NoMatchingCycle));
         return nullptr;
     }
     if (inv.Collecting()) return EndCollection(inv, ph, pos);
@@ -388,7 +402,7 @@ void CountIterations(Invocation &inv, int index, int valueIndex) {
 }
 
 void RecordEntry(Invocation &inv, int index) {
-    if (inv.level == 0 || index < 0 || index >= *inv.pCount) return;
+    if (inv.cycle.level == 0 || index < 0 || index >= *inv.pCount) return;
     Body &body = inv.Current().Active();
     const EingabeElement &entry = List(inv)[index];
     if (Recorded(body, entry.Name) || (!body.cycleName.empty() && body.cycleName == entry.Name))
@@ -397,18 +411,18 @@ void RecordEntry(Invocation &inv, int index) {
     const std::string countName = std::string(entry.Name) + std::string(Text_Internalcount);
     const int counts = FindEntry(List(inv), *inv.pCount, countName);
     if (counts >= *inv.pCount) return;
-    const int next = inv.level + 1;
+    const int next = inv.cycle.level + 1;
     if (next < kLevelCount) {
-        inv.levels[next].governing = counts;
-        inv.levels[next].countValue = CountOf(CurrentText(List(inv)[counts]));
+        inv.cycle.levels[next].governing = counts;
+        inv.cycle.levels[next].countValue = CountOf(CurrentText(List(inv)[counts]));
     }
     if (!Recorded(body, List(inv)[counts].Name)) body.recorded.push_back(List(inv)[counts].Name);
 }
 
 int ControlCycleIndex(const Invocation &inv) {
     if (inv.fixedCycleIndex >= 0) return inv.fixedCycleIndex;
-    if (inv.level == 0) return -1;
-    const Level &level = inv.levels[inv.level];
+    if (inv.cycle.level == 0) return -1;
+    const Level &level = inv.cycle.levels[inv.cycle.level];
     const std::string &group = level.body < level.bodies.size() ? level.bodies[level.body].cycleName : "";
     const long index = static_cast<long>(level.counter) + GroupOffset(inv, group);
     return static_cast<int>(std::clamp<long>(index, INT_MIN, INT_MAX));

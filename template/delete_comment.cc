@@ -1,24 +1,37 @@
 // DeleteComment: drops a "$Copyright$" comment at the start of a template.
 #include <cstdio>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 #include "kx_template.h"
 
 namespace kx::tmpl {
 namespace {
 
-// Comment openers and their closers, row for row; "//" comments end at the
-// first line without "//".
-constexpr const char *BeginSigns[] = {"/*", "<!", "//"};
-constexpr const char *EndSigns[] = {"*/", ">", nullptr};
-constexpr int kSignCount = 3;
-constexpr size_t kSignLength = 2;
+constexpr std::string_view kCopyrightMark = "$Copyright$";
+
+// The comments that may carry the mark: opener and closer; a "//" comment
+// has no closer and ends at the first line without "//".
+struct CommentSign {
+    std::string_view begin;
+    const char *end;
+};
+constexpr CommentSign kCommentSigns[] = {
+    {"/*", "*/"},
+    {"<!", ">"},
+    {"//", nullptr},
+};
+constexpr std::string_view kLineComment = "//";
 
 int CommentKind(const char *line) {
-    if (std::strstr(line, "$Copyright$") == nullptr) return -1;
+    if (std::strstr(line, kCopyrightMark.data()) == nullptr) return -1;
     line += std::strspn(line, " \t");
-    for (int kind = 0; kind < kSignCount; ++kind)
-        if (std::strncmp(line, BeginSigns[kind], kSignLength) == 0) return kind;
+    for (std::size_t kind = 0; kind < std::size(kCommentSigns); ++kind) {
+        const std::string_view begin = kCommentSigns[kind].begin;
+        if (std::strncmp(line, begin.data(), begin.size()) == 0) return static_cast<int>(kind);
+    }
     return -1;
 }
 
@@ -29,11 +42,12 @@ int SkipComment(FILE *stream, char *line, int size, int kind) {
     for (;;) {
         if (std::fgets(line, size, stream) == nullptr) return -1;
         ++count;
-        if (EndSigns[kind] == nullptr) {
-            if (std::strstr(line, "//") == nullptr) return count;
+        const char *end = kCommentSigns[kind].end;
+        if (end == nullptr) {
+            if (std::strstr(line, kLineComment.data()) == nullptr) return count;
             continue;
         }
-        if (std::strstr(line, EndSigns[kind]) != nullptr) {
+        if (std::strstr(line, end) != nullptr) {
             if (std::fgets(line, size, stream) == nullptr) return -1;
             return count + 1;
         }

@@ -9,11 +9,14 @@
 
 #include "kx_template.h"
 #include "template/cycle.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
+#include "core/evaluation.h"
+#include "core/text.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 std::string_view TrimBlanks(std::string_view text) {
@@ -22,52 +25,29 @@ std::string_view TrimBlanks(std::string_view text) {
     return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-std::vector<std::string_view> Split(std::string_view text, std::string_view separator) {
-    std::vector<std::string_view> parts;
-    for (size_t at = text.find(separator); at != std::string_view::npos;
-         at = text.find(separator)) {
-        parts.push_back(text.substr(0, at));
-        text.remove_prefix(at + separator.size());
-    }
-    parts.push_back(text);
-    return parts;
-}
-
 enum class Operator { Equal, Prefix, Bare };
 
-// A text that MatchIt gave back, freed when it is a new one.
-class Evaluated {
-public:
-    Evaluated(const std::string &operand, int cycleIndex)
-        : operand_(operand), text_(MatchIt(operand_.c_str(), "{", cycleIndex, nullptr)) {}
-    ~Evaluated() {
-        if (IsNew()) std::free(text_);
-    }
-    Evaluated(const Evaluated &) = delete;
-    Evaluated &operator=(const Evaluated &) = delete;
-    bool IsNew() const { return text_ != operand_.c_str(); }
-    std::string_view Text() const { return text_ != nullptr ? text_ : ""; }
-
-private:
-    std::string operand_;
-    char *text_;
-};
+constexpr std::string_view kEqualOperator = "==";
+constexpr std::string_view kPrefixOperator = "~=";
+static_assert(kEqualOperator.size() == kPrefixOperator.size());
+constexpr std::string_view kIfWord = "IF";
+constexpr std::string_view kDefineWord = "DEFINE";
 
 // left==a|b, left~=a|b or a bare left side; the left side is evaluated as a
 // placeholder of its own.
 bool AlternativeHolds(std::string_view alternative) {
     Operator op = Operator::Equal;
-    size_t at = alternative.find("==");
+    size_t at = alternative.find(kEqualOperator);
     if (at == std::string_view::npos) {
         op = Operator::Prefix;
-        at = alternative.find("~=");
+        at = alternative.find(kPrefixOperator);
     }
     if (at == std::string_view::npos) op = Operator::Bare;
     std::string operand = "{";
     operand.append(alternative.substr(0, at)).push_back('}');
-    const Evaluated left(std::move(operand), -2);
-    if (op == Operator::Bare) return left.IsNew() && !left.Text().empty();
-    for (std::string_view text : Split(alternative.substr(at + 2), "|")) {
+    const Evaluation left(operand, -2);
+    if (op == Operator::Bare) return left.Changed() && !left.Text().empty();
+    for (std::string_view text : Split(alternative.substr(at + kEqualOperator.size()), "|")) {
         if (op == Operator::Equal ? left.Text() == text : left.Text().starts_with(text))
             return true;
     }
@@ -102,11 +82,11 @@ void DeclareDefined(Invocation &inv, const std::string &name, const char *value)
 }  // namespace
 
 bool IfHolds(Invocation &inv, const Placeholder &ph) {
-    const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + 2;
+    const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + kIfWord.size();
     if (from > ph.E) from = ph.E;
     const std::string_view condition = TrimBlanks({from, static_cast<size_t>(ph.E - from)});
     if (condition.size() <= 1) return condition != "0";
-    if (condition.find("==") != std::string_view::npos) {
+    if (condition.find(kEqualOperator) != std::string_view::npos) {
         for (std::string_view alternative : Split(condition, "||"))
             if (AlternativeHolds(alternative)) return true;
         return false;
@@ -117,7 +97,7 @@ bool IfHolds(Invocation &inv, const Placeholder &ph) {
 char *Define(Invocation &inv, const Placeholder &ph, char *pos) {
     std::string_view body;
     if (ph.M != nullptr) {
-        const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + 6;
+        const char *from = ph.P + 1 + (ph.doubled ? 1 : 0) + kDefineWord.size();
         if (from < ph.M) body = TrimBlanks({from, static_cast<size_t>(ph.M - from)});
     }
     const size_t nameEnd = std::min(body.find_first_of(" \t"), body.size());
@@ -127,10 +107,10 @@ char *Define(Invocation &inv, const Placeholder &ph, char *pos) {
         if (!inv.Current().skip) inv.Write(pos);
         return LineEnds(inv);
     }
-    const Evaluated evaluated{std::string(value), inv.CycleIndex()};
+    const Evaluation evaluated(value, inv.CycleIndex());
     DeclareDefined(inv, name, std::string(evaluated.Text()).c_str());
     // During a replay the rest of the stored line is dropped.
-    return inv.level == 0 ? AfterDefine(inv, ph) : LineEnds(inv);
+    return inv.cycle.level == 0 ? AfterDefine(inv, ph) : LineEnds(inv);
 }
 
 }  // namespace kx::tmpl

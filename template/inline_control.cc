@@ -4,12 +4,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "companion/libKXUtils.h"
+#include "kx_convert.h"
 #include "kx_template.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
+#include "core/evaluation.h"
+#include "core/number.h"
+#include "core/text.h"
 #include "template/nesting.h"
-#include "template/seams.h"
 
 extern "C" {
 int _InCreateValueFromControl = 0;
@@ -17,6 +21,7 @@ int _ThisValueIndex = -1;
 }
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 struct Control {
@@ -39,17 +44,8 @@ public:
     ControlMode &operator=(const ControlMode &) = delete;
 };
 
-char *HeapCopy(const std::string &text) {
-    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
-    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
-}
-
-// MatchIt's result as a heap text of our own.
-char *EvaluatedCopy(const char *text, int cycleIndex) {
-    char *value = MatchIt(text, "{", cycleIndex, nullptr);
-    return value == text ? HeapCopy(text) : value;
-}
+// MatchIt's result as a heap text of our own; nullptr when memory runs out.
+char *EvaluatedCopy(std::string_view text, int cycleIndex) { return Evaluation(text, cycleIndex).Release(); }
 
 // "_type." right after "=": a word between "_" and the first ".".
 std::string TypeOf(const char *at, const char *end, const char **body) {
@@ -82,7 +78,7 @@ std::string EmptyCondition(const Control &ctl, std::string body, int *consumed) 
     const EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex);
     if (entry == nullptr) return thenText;
     const char *text = CurrentText(*entry);
-    return std::atoi(text != nullptr ? text : "") != 0 ? thenText : elseText;
+    return ReadInt(text != nullptr ? text : "") != 0 ? thenText : elseText;
 }
 
 // The left operand "{X}": its entry (count when none) and value index.
@@ -104,9 +100,8 @@ std::string FileTest(const std::string &left) {
     std::string path = left;
     for (char &c : path)
         if (c == '/' || c == '\\') c = Verzeichnistrenner[0];
-    char *evaluated = EvaluatedCopy(path.c_str(), -2);
-    const bool exists = evaluated != nullptr && KXUtilsFileExists(evaluated) == 0;
-    std::free(evaluated);
+    const Evaluation evaluated(path, -2);
+    const bool exists = !evaluated.Failed() && KXUtilsFileExists(std::string(evaluated.Text()).c_str()) == 0;
     return exists ? "1" : "0";
 }
 
@@ -137,28 +132,38 @@ private:
 
 char *Evaluate(const Control &ctl, const std::string &branch);
 
+// Where the conversion chain of a branch text starts and the name behind it.
+struct ConversionChain {
+    char *name = nullptr;   // the name after the chain, or the branch text itself
+    char *start = nullptr;  // the "_" that starts the chain (or "_this"), or NULL
+};
+
+// The value of the this entry stands where a branch names "_this".
+constexpr std::string_view kThis = "_this";
+
 // The chosen branch: a nested control, or a name behind a conversion chain.
 char *BranchValue(const Control &ctl, std::string branch) {
     if (branch.starts_with("{=")) return Evaluate(ctl, branch);
-    const ConversionChain chain = FindConversion(branch.data());
-    const char *thisAt = std::strstr(chain.name, "_this");
+    ConversionChain chain;
+    chain.name = DetermineConversion(branch.data(), &chain.start);
+    const char *thisAt = std::strstr(chain.name, kThis.data());
     char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;
-    char *converted = ApplyConversion(branch.data(), value, ctl.cycleIndex);
+    const HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
     _ThisValueIndex = saved;
-    std::string out;
-    if (thisAt != nullptr && thisAt[5] != '\0') {
-        const std::string joined = std::string(chain.name, static_cast<size_t>(thisAt - chain.name)) + (converted ? converted : "") + (thisAt + 5);
-        char *link = KXUtilsStringReplace(joined.c_str(), "javascript%3A", "javascript:");
-        std::free(converted);
-        converted = EvaluatedCopy(link != nullptr ? link : joined.c_str(), ctl.cycleIndex);
-        KXUtilsFreeResources(link);
-        return converted;
+    const char *afterThis = thisAt != nullptr ? thisAt + kThis.size() : nullptr;
+    if (afterThis != nullptr && *afterThis != '\0') {
+        // "_this" inside a longer text (a link): the converted value takes its
+        // place and the whole text is evaluated.
+        std::string joined(chain.name, static_cast<size_t>(thisAt - chain.name));
+        joined.append(converted.View()).append(afterThis);
+        return EvaluatedCopy(ReplaceAll(joined, "javascript%3A", "javascript:"), ctl.cycleIndex);
     }
-    if (chain.start != nullptr && chain.start > branch.data()) out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
-    out += converted != nullptr ? converted : "";
-    std::free(converted);
+    std::string out;
+    if (chain.start != nullptr && chain.start > branch.data())
+        out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
+    out.append(converted.View());
     return HeapCopy(out);
 }
 
@@ -187,10 +192,12 @@ bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
     if (!*usable) return false;
     if (EntryAt(ctl.pCount, ctl.pList, leftIndex) == nullptr && cond.type != "_file") return false;
     const CyclePosition position(ctl, cond.left.starts_with("{") ? leftIndex : -1);
-    return CompareStep({cond.type.c_str(), cond.op.c_str(), static_cast<int>(cond.op.size()),
-                        cond.type == "_file" ? fileText.c_str() : nullptr, cond.right.c_str(),
-                        ctl.cycleIndex, leftIndex, leftValueIndex, ctl.elementIndex, ctl.pList,
-                        ctl.pCount});
+    // An operator outside the table (a single "=" or "!") has the index -1,
+    // which CompareFunction answers with false.
+    const int op = DetermineCompareIndex(cond.op.c_str(), static_cast<int>(cond.op.size()));
+    return CompareFunction(cond.type.c_str(), op, cond.type == "_file" ? fileText.c_str() : nullptr,
+                           cond.right.c_str(), ctl.cycleIndex, leftIndex, leftValueIndex,
+                           ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
 }
 
 // Splits the body at "?" and the ":" that pairs with it.
@@ -236,7 +243,7 @@ char *EvaluateBody(const Control &ctl, const std::string &type, const std::strin
 // The control at text; its result (or NULL), *consumed its length.
 char *Run(const Control &ctl, char *text, int *consumed) {
     const char *close = PairIt(text, "{", ctl.endMarker);
-    if (close == text || static_cast<int>(strnlen(text, ctl.skip)) < ctl.skip ||
+    if (close == text || static_cast<int>(strnlen(text, static_cast<size_t>(ctl.skip))) < ctl.skip ||
         close < text + ctl.skip) {
         *consumed = 0;
         return nullptr;
@@ -246,9 +253,8 @@ char *Run(const Control &ctl, char *text, int *consumed) {
     const std::string type = TypeOf(text + ctl.skip, close, &body);
     char *result = EvaluateBody(ctl, type, std::string(body, close), consumed);
     if (result == nullptr || std::strstr(result, "{_txt_") == nullptr) return result;
-    char *again = MatchIt(result, "{", ctl.cycleIndex, nullptr);
-    if (again != result) std::free(result);
-    return again;
+    const HeapText once(result);
+    return EvaluatedCopy(once.View(), ctl.cycleIndex);
 }
 
 char *Evaluate(const Control &ctl, const std::string &branch) {

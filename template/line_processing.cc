@@ -30,12 +30,15 @@ char *Unfinished(Invocation &inv, char *pos) {
     return LineEnds(inv);
 }
 
+constexpr std::string_view kCycleCount = "CycleCount";
+
 // Directive-like placeholders ("CycleCount", IF, anything on a line with a
-// DEFINE) are not resolved through ReplaceValue.
+// DEFINE) are not resolved through ReplaceValue; only a text at least as long
+// as "CycleCount" after the start marker is looked at.
 bool DirectiveLike(const Placeholder &ph, const char *after, const char *pos) {
     const char *content = ph.P + 1;
-    return strnlen(after, 10) > 9 &&
-           (StartsWith(content, "CycleCount") || std::strstr(pos, "DEFINE") != nullptr ||
+    return strnlen(after, kCycleCount.size()) >= kCycleCount.size() &&
+           (StartsWith(content, kCycleCount.data()) || std::strstr(pos, "DEFINE") != nullptr ||
             StartsWith(content, "IF"));
 }
 

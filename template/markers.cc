@@ -2,9 +2,10 @@
 
 #include <cstring>
 
-#include "template/entry_values.h"
+#include "core/entry.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 
 Markers CurrentMarkers(int *pCount, EingabeElement **pList) {
     const char *start = CurrentTextAt(pCount, pList, iErsetzungsAnfang);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/alloc.h"
 #include "kx_template.h"
 
 namespace kx::tmpl {
@@ -14,7 +15,7 @@ namespace {
 constexpr size_t kCycleCountSize = 64;
 
 char *CycleCountText(int cycleIndex) {
-    char *text = static_cast<char *>(std::malloc(kCycleCountSize));
+    char *text = static_cast<char *>(kx::core::Allocate(kCycleCountSize));
     if (text != nullptr) std::snprintf(text, kCycleCountSize, "%d", cycleIndex < 0 ? 0 : cycleIndex);
     return text;
 }

@@ -6,20 +6,31 @@
 #include <cstring>
 #include <strings.h>
 
+#include <cstddef>
 #include <iterator>
 #include <string>
+#include <string_view>
 
+#include "core/entry.h"
+#include "core/text.h"
 #include "input/eingabe/html_escape.h"
 #include "kx_template.h"
 #include "template/cycle.h"
-#include "template/entry_values.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 constexpr const char *kNil = "<nil>";
+// The openings of a line's IF comment, both as long as kIfComment.
+constexpr std::string_view kIfComment = "<!{IF ";
+constexpr std::string_view kIfScriptComment = "//{IF ";
+constexpr std::string_view kIfPlaceholder = "{IF ";
+constexpr std::string_view kPageTextOpening = "{_txt_";
+// Every image ending is this long.
+constexpr size_t kImageEndingLength = 4;
 
 // The image file endings, looked for in this order; the first found counts.
 constexpr const char *kImageEndings[] = {".gif", ".GIF", ".jpg", ".JPG"};
@@ -28,8 +39,10 @@ constexpr const char *kImageEndings[] = {".gif", ".GIF", ".jpg", ".JPG"};
 // placeholders, so that the comment around an IF is not written.
 void WritePrefix(Invocation &inv, const char *pos, const char *placeholder) {
     const bool ifAhead =
-        std::strstr(pos, "<!{IF ") != nullptr || std::strstr(pos, "//{IF ") != nullptr;
-    const bool longEnough = inv.stringMode ? placeholder - pos > 6 : strnlen(pos, 7) > 6;
+        std::strstr(pos, kIfComment.data()) != nullptr || std::strstr(pos, kIfScriptComment.data()) != nullptr;
+    const auto commentLength = static_cast<std::ptrdiff_t>(kIfComment.size());
+    const bool longEnough = inv.stringMode ? placeholder - pos > commentLength
+                                           : strnlen(pos, kIfComment.size() + 1) > kIfComment.size();
     if (ifAhead && longEnough) {
         inv.ifPrefix = true;
         return;
@@ -39,21 +52,16 @@ void WritePrefix(Invocation &inv, const char *pos, const char *placeholder) {
 }
 
 // "{_txt_key}" that names no entry: the page text file's value of the
-// URL-decoded key, or the decoded key itself.
+// URL-decoded key, or the decoded key itself. A key or name that memory does
+// not suffice to decode reads as the empty text.
 void WritePageText(Invocation &inv, const char *key, const char *end) {
-    char *decoded = ServerDecoding(std::string(key, end).c_str());
-    const char *text = decoded;
+    const std::string decoded = Decoded(std::string_view(key, static_cast<size_t>(end - key)));
     for (int i = 0; i < inv.pageTexts.Count(); ++i) {
-        char *name = ServerDecoding(inv.pageTexts.Name(i));
-        const bool same = std::strcmp(name, decoded) == 0;
-        std::free(name);
-        if (same) {
-            text = inv.pageTexts.Value(i);
-            break;
-        }
+        if (Decoded(inv.pageTexts.Name(i)) != decoded) continue;
+        inv.Write(inv.pageTexts.Value(i));
+        return;
     }
-    inv.Write(text);
-    std::free(decoded);
+    inv.Write(decoded);
 }
 
 char *Unknown(Invocation &inv, const Placeholder &ph) {
@@ -62,12 +70,13 @@ char *Unknown(Invocation &inv, const Placeholder &ph) {
         inv.Write(std::to_string(inv.Current().counter));
         return after;
     }
-    if (strnlen(ph.P, 5) > 4 && strncasecmp(ph.P, "{IF ", 4) == 0) {
+    if (strnlen(ph.P, kIfPlaceholder.size() + 1) > kIfPlaceholder.size() &&
+        strncasecmp(ph.P, kIfPlaceholder.data(), kIfPlaceholder.size()) == 0) {
         inv.ifPrefix = true;
         return after;
     }
-    if (!inv.stringMode && StartsWith(ph.P, "{_txt_") && *ph.E == '}')
-        WritePageText(inv, ph.P + 6, ph.E);
+    if (!inv.stringMode && StartsWith(ph.P, kPageTextOpening.data()) && *ph.E == '}')
+        WritePageText(inv, ph.P + kPageTextOpening.size(), ph.E);
     else
         inv.Write({ph.P, static_cast<size_t>(after - ph.P)});
     inv.ifPrefix = false;
@@ -85,7 +94,7 @@ bool ImageNameCharacter(char c) {
 // occurrence of its kind; only when a later ending of the list stands there
 // must the whole text be searched for the earlier ones.
 bool ImageName(const char *text) {
-    if (strnlen(text, 5) <= 4) return false;
+    if (strnlen(text, kImageEndingLength + 1) <= kImageEndingLength) return false;
     const char *stop = text;
     while (ImageNameCharacter(*stop)) ++stop;
     for (size_t i = 0; i < std::size(kImageEndings); ++i) {
@@ -168,10 +177,10 @@ void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *o
     const EingabeElement *entry = EntryAt(inv.pCount, inv.pList, index);
     if (ph.doubled || image) {
         const char *value = owned != nullptr ? owned : entry != nullptr ? CurrentOf(inv, index, *entry) : nullptr;
-        // The URL form keeps "<" as it is: escaped too when asked for.
-        char *encoded = ServerEncoding(value, nullptr, image ? 1 : 0, 0);
-        WritePlain(inv, encoded);
-        std::free(encoded);
+        // The URL form keeps "<" as it is: escaped too when asked for. A value
+        // that memory does not suffice to encode is written as nothing.
+        const HeapText encoded(ServerEncoding(value, nullptr, image ? 1 : 0, 0));
+        if (encoded) WritePlain(inv, encoded.Get());
     } else if (owned != nullptr) {
         WritePlain(inv, owned);
     } else {

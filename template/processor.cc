@@ -11,11 +11,15 @@
 #include "input/eingabe/html_escape.h"
 #include "kx_profile.h"
 #include "kx_template.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
+#include "core/file.h"
+#include "core/messages.h"
+#include "core/text.h"
 #include "template/invocation.h"
 #include "template/nesting.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 // A "{" followed by one of these opens a placeholder that must end on the
@@ -25,6 +29,13 @@ bool OpensPlaceholder(char next) {
            (next >= '0' && next <= '9') || next == '_' || next == '-' || next == '=' ||
            next == '/';
 }
+
+// The alert for an unfinished placeholder shows this many bytes of it.
+constexpr size_t kAlertPendingLength = 20;
+// Room for a message about an unfinished placeholder; a longer one is cut.
+constexpr size_t kReportSize = 2048;
+// A read needs room for one byte and its NUL.
+constexpr size_t kLeastReadSpace = 2;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
@@ -39,11 +50,6 @@ public:
 private:
     int saved_;
 };
-
-struct FileCloser {
-    void operator()(FILE *file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, FileCloser>;
 
 void TakeMarkers(Invocation &inv) {
     const char *start = CurrentTextAt(inv.pCount, inv.pList, inv.startIndex);
@@ -71,8 +77,7 @@ bool EscapeHtmlWanted(const Invocation &inv) {
 bool DeleteCopyrightWanted(const Invocation &inv) {
     const int index = EingabewertIndex("DeleteCopyright", *inv.pList, *inv.pCount);
     if (index >= *inv.pCount) return false;
-    const EingabeElement &entry = (*inv.pList)[index];
-    const char *text = (entry.Wert != nullptr && *entry.Wert != '\0') ? entry.Wert : entry.Vorgabe;
+    const char *text = SettingText((*inv.pList)[index]);
     return text != nullptr && (*text == 'y' || *text == 'Y');
 }
 
@@ -92,9 +97,9 @@ void DeclarePageTexts(Invocation &inv) {
     inv.pageTexts.Load(textPath);
     for (int i = 0; i < inv.pageTexts.Count(); ++i) {
         const std::string key = std::string("_txt_") + inv.pageTexts.Name(i);
-        char *decoded = ServerDecoding(key.c_str());
-        AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded, 1, inv.pageTexts.Value(i));
-        std::free(decoded);
+        const HeapText decoded(ServerDecoding(key.c_str()));
+        if (!decoded) continue;
+        AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded.Get(), 1, inv.pageTexts.Value(i));
     }
     std::fill(inv.line.begin(), inv.line.end(), '\0');
 }
@@ -111,11 +116,12 @@ enum class Read { Piece, End, Abort, Full };
 Read ReadPiece(Invocation &inv, FILE *in, const char *text, size_t at) {
     char *place = inv.line.data() + at;
     const size_t space = inv.line.size() - at;
-    if (space < 2) return Read::Full;
+    if (space < kLeastReadSpace) return Read::Full;
     if (in == nullptr) {
         if (inv.passes > 0 || at > 0 || text == nullptr) return Read::End;
         inv.passes = 1;
-        std::strcpy(place, text);  // the line buffer is sized from the text
+        // The line buffer is sized from the text, NUL included.
+        std::memcpy(place, text, std::strlen(text) + 1);
     } else {
         if (std::fgets(place, static_cast<int>(std::min<size_t>(space, INT32_MAX)), in) == nullptr)
             return Read::End;
@@ -166,23 +172,18 @@ std::string PendingText(const Invocation &inv, const LineCursor &cursor) {
 // The input ended inside a placeholder: a message instead of the text.
 void ReportUnfinished(Invocation &inv, const LineCursor &cursor) {
     const std::string pending = PendingText(inv, cursor);
-    char head[2048];
+    char head[kReportSize];
     if (inv.stringMode) {
-        const int n = std::snprintf(head, sizeof head, "<BR>\n<!Error line %d: No matching '}' for '",
-                                    inv.lineStart);
+        const int n = std::snprintf(head, sizeof head, MessageText(PageMessage::UnfinishedHead), inv.lineStart);
         inv.Write(std::string_view(head, static_cast<size_t>(n)));
         inv.Write(pending);
-        inv.Write("' ...>\n<BR>\n");
+        inv.Write(MessageText(PageMessage::UnfinishedTail));
         return;
     }
     const size_t brace = pending.find('{');
-    std::string shown = pending.substr(brace == std::string::npos ? 0 : brace, 20);
-    char *quoted = KXUtilsStringReplace(shown.c_str(), "\"", "\\\"");
-    std::snprintf(head, sizeof head,
-                  "\n<script language=JavaScript>\n<!--\nalert(\"KX Pagecraft Syntax Error:"
-                  "\\n\\nError line %d: No matching '}' for '%s' ...>\");\n// -->\n</script>\n",
-                  inv.lineStart, quoted != nullptr ? quoted : shown.c_str());
-    KXUtilsFreeResources(quoted);
+    std::string shown = pending.substr(brace == std::string::npos ? 0 : brace, kAlertPendingLength);
+    const std::string quoted = ReplaceAll(shown, "\"", "\\\"");
+    std::snprintf(head, sizeof head, MessageText(PageMessage::UnfinishedAlert), inv.lineStart, quoted.c_str());
     inv.Write(head);
 }
 
@@ -235,7 +236,7 @@ void RunFile(Invocation &inv) {
     if (in == nullptr) {
         // The name may come from the request: it is shown escaped.
         std::fprintf(_Utilsfpout != nullptr ? _Utilsfpout : stdout,
-                     "%s konnte nicht geoeffnet werden\n", input::HtmlEscaped(inv.path).c_str());
+                     MessageText(PageMessage::TemplateNotOpened), input::HtmlEscaped(inv.path).c_str());
         return;
     }
     inv.deleteCopyright = DeleteCopyrightWanted(inv);
@@ -250,17 +251,11 @@ void RunString(Invocation &inv, const char *text) {
     Run(inv, nullptr, text);
 }
 
-char *HeapCopy(const std::string &text) {
-    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
-    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
-}
-
 }  // namespace
 
 int Invocation::CycleIndex() const {
     if (fixedCycleIndex >= 0) return fixedCycleIndex;
-    return level > 0 ? levels[level].counter : -1;
+    return cycle.level > 0 ? cycle.levels[cycle.level].counter : -1;
 }
 
 void Invocation::Write(std::string_view piece) {

@@ -6,12 +6,15 @@
 #include <cstring>
 #include <string>
 
+#include "core/entry.h"
+#include "core/messages.h"
+#include "core/text.h"
+#include "kx_input.h"
 #include "kx_template.h"
-#include "template/entry_values.h"
 #include "template/markers.h"
-#include "template/seams.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 // "3 - Degraded": the digits, the whole value or the text, as "EnumOutput"
@@ -53,10 +56,10 @@ std::string CollectValues(const Store &st, const EingabeElement &prefix, const i
     for (int i = 0; i < count; ++i) {
         const char *value = SelectedValue(prefix, indices[i], valueIndex, prefix.WertPosition);
         const std::string printed = EnumeratedPart(value, st.pCount, st.pList);
-        char *encoded = ServerEncoding(printed.c_str(), nullptr, 0, 0);
+        // A value that memory does not suffice to encode is left empty.
+        const HeapText encoded(ServerEncoding(printed.c_str(), nullptr, 0, 0));
         if (i > 0) collected += st.divider;
-        collected += encoded;
-        std::free(encoded);
+        collected += encoded.View();
     }
     return collected;
 }
@@ -69,15 +72,13 @@ void StoreSelection(const Store &st, const std::string &prefixName, const int *i
     const bool empty = prefix == nullptr ||
                        ((prefix->Wert == nullptr || *prefix->Wert == '\0') && prefix->WertGesetzt <= 1);
     if (empty || indices[0] >= prefix->WertGesetzt) {
-        std::snprintf(st.message, KX_MESSAGE_SIZE, "<!%s_unknown>", prefixName.c_str());
+        std::snprintf(st.message, KX_MESSAGE_SIZE, MessageText(PageMessage::PrefixUnknown), prefixName.c_str());
         return;
     }
     const std::string values = CollectValues(st, *prefix, indices, count, valueIndex);
     // A "=" inside the name would end it in the assignment text.
-    char *escaped = StringReplace(st.name, "=", "^i^g^");
-    std::string text = std::string(escaped != nullptr ? escaped : st.name) + "=" + values;
-    std::free(escaped);
-    AssignValues(text.data(), st.pCount, st.pList, st.divider);
+    std::string text = ReplaceAll(st.name, "=", "^i^g^") + "=" + values;
+    WertzuweisungEingabe(1, text.data(), st.pCount, st.pList, st.divider);
 }
 
 }  // namespace

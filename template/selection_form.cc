@@ -9,11 +9,17 @@
 #include <string>
 #include <vector>
 
+#include "core/alloc.h"
 #include "kx_template.h"
-#include "template/entry_values.h"
+#include "core/entry.h"
+#include "core/evaluation.h"
+#include "core/messages.h"
+#include "core/number.h"
+#include "core/text.h"
 #include "template/markers.h"
 
 namespace kx::tmpl {
+using namespace kx::core;
 namespace {
 
 // The state of one DetermineReplaceValue call.
@@ -26,19 +32,6 @@ struct Selection {
     int cycleIndex;
     Markers markers;
 };
-
-char *HeapCopy(const std::string &text) {
-    char *copy = static_cast<char *>(std::malloc(text.size() + 1));
-    if (copy != nullptr) std::memcpy(copy, text.c_str(), text.size() + 1);
-    return copy;
-}
-
-std::string Evaluate(const std::string &text, int cycleIndex) {
-    char *value = MatchIt(text.c_str(), "{", cycleIndex, nullptr);
-    std::string out = value != nullptr ? value : "";
-    if (value != text.c_str()) std::free(value);
-    return out;
-}
 
 // The text from first up to last; empty when last lies before first.
 std::string Between(const char *first, const char *last) {
@@ -63,22 +56,18 @@ int SimplePlaceholder(Selection &s) {
 // Prefix_e1|Prefix_e2|..., each element evaluated first.
 std::string Candidates(const std::string &prefix, const std::string &elements, int cycleIndex) {
     std::string list;
-    size_t from = 0;
-    for (;;) {
-        const size_t bar = elements.find('|', from);
-        const std::string element = elements.substr(from, bar - from);
-        if (!list.empty() || from > 0) list += '|';
-        list += prefix + "_" + Evaluate(element, cycleIndex < 0 ? -2 : cycleIndex);
-        if (bar == std::string::npos) return list;
-        from = bar + 1;
+    for (std::string_view element : Split(elements, "|")) {
+        if (!list.empty()) list += '|';
+        list += prefix + "_" + Evaluated(element, cycleIndex < 0 ? -2 : cycleIndex);
     }
+    return list;
 }
 
 // "[n]" or "[{X}]" at the end of the candidate text.
 int ValueIndexIn(const std::string &bracketed, int cycleIndex) {
-    if (bracketed.empty() || bracketed[0] != '{') return std::atoi(bracketed.c_str());
-    const std::string value = Evaluate(bracketed, cycleIndex < 0 ? -2 : cycleIndex);
-    return (!value.empty() && value[0] == '{') ? -1 : std::atoi(value.c_str());
+    if (bracketed.empty() || bracketed[0] != '{') return ReadInt(bracketed);
+    const std::string value = Evaluated(bracketed, cycleIndex < 0 ? -2 : cycleIndex);
+    return (!value.empty() && value[0] == '{') ? -1 : ReadInt(value);
 }
 
 std::vector<char *> SplitCandidates(char *list) {
@@ -143,7 +132,7 @@ int Choose(Selection &s, const std::vector<char *> &candidates, int keyIndex,
     }
     s.name->Aktuell = taken != nullptr ? taken : any ? candidates.back() : candidates.front();
     if (chosen.empty()) return 0;
-    *indexList = static_cast<int *>(std::malloc(chosen.size() * sizeof(int)));
+    *indexList = static_cast<int *>(kx::core::Allocate(chosen.size() * sizeof(int)));
     if (*indexList == nullptr) return 0;
     std::memcpy(*indexList, chosen.data(), chosen.size() * sizeof(int));
     return static_cast<int>(chosen.size());
@@ -169,7 +158,7 @@ void Message(char *message, const char *format, const std::string &name) {
 int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     char *lastClose = std::strrchr(s.start, ']');
     if (lastClose == nullptr) {
-        std::snprintf(s.message, KX_MESSAGE_SIZE, "<! first ] missing !>\n");
+        std::snprintf(s.message, KX_MESSAGE_SIZE, "%s", MessageText(PageMessage::FirstBracketMissing));
         return 0;
     }
     char *keyStart = std::strstr(open + 1, s.markers.start.c_str());
@@ -179,7 +168,7 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     cuts.At(lastClose);
     const char *keyClose = PairIt(keyOpen, "[", "]");
     if (keyClose <= keyOpen) {
-        std::snprintf(s.message, KX_MESSAGE_SIZE, "<! second ] missing !>\n");
+        std::snprintf(s.message, KX_MESSAGE_SIZE, "%s", MessageText(PageMessage::SecondBracketMissing));
         return 0;
     }
     const std::string prefix = Between(AfterStartMarker(s.start, s.markers), open);
@@ -188,7 +177,7 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     const size_t bracket = list.find('[');
     if (bracket != std::string::npos) {
         const char *close = PairIt(list.c_str() + bracket, "[", "]");
-        const size_t end = close > list.c_str() + bracket ? close - list.c_str() : list.size();
+        const size_t end = close > list.c_str() + bracket ? static_cast<size_t>(close - list.c_str()) : list.size();
         *valueIndex = ValueIndexIn(list.substr(bracket + 1, end - bracket - 1), s.cycleIndex);
         list.resize(bracket);
     }
@@ -198,7 +187,7 @@ int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
     if (ExistingCandidate(s, candidates)) return 0;
     const EingabeElement *key = EntryAt(s.pCount, s.pList, Lookup(s, keyName));
     if (key == nullptr || key->Wert == nullptr || *key->Wert == '\0') {
-        Message(s.message, "<! %s unknown !>\n", keyName);
+        Message(s.message, MessageText(PageMessage::KeyUnknown), keyName);
         return 0;
     }
     return Choose(s, candidates, static_cast<int>(key - *s.pList), prefix, indexList);

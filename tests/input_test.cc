@@ -55,6 +55,9 @@ TEST(InputList, SettersCopyAppendAndFallBackToTheDefault) {
     ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), nullptr, "Hosts", 2, "a~b"), 0);
     ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), "~", "A", 1, nullptr), 0);
     EXPECT_EQ(list(), "Color|n|blue\nA|n|=[abcd]\nHosts|j|a~b\n");
+    // A separator that is no definition marker declares too.
+    ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), ";", "Zone", 1, "eu"), 0);
+    EXPECT_EQ(list(), "Color|n|blue\nA|n|=[abcd]\nHosts|j|a~b\nZone|n|eu\n");
 }
 
 TEST(InputList, GetInputValueGivesTheEntrysOwnWholeText) {

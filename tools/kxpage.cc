@@ -16,6 +16,7 @@
 #include <string_view>
 
 #include "kx_input.h"
+#include "kx_list.h"
 #include "kx_template.h"
 
 namespace {
@@ -80,7 +81,7 @@ bool ReadDefinition(const std::string &application, EingabeElement **list, int *
                ErmittleEingabe(application.c_str(), list, count, nullptr, 0) == 0;
     const auto block = DefinitionBlock(application);
     // The block must start with a byte that marks a definition text.
-    if (!block || std::strchr("~| &%$\xA7!\"^#", (*block)[0]) == nullptr || (*block)[0] == '\0') return false;
+    if (!block || std::strchr(KX_DEFINITION_MARKERS, (*block)[0]) == nullptr || (*block)[0] == '\0') return false;
     return ErmittleEingabe(block->c_str(), list, count, nullptr, 0) == 0;
 }
 
@@ -97,15 +98,6 @@ void AssignQuery(const std::string &query, EingabeElement **list, int *count) {
     std::string elements = query;
     const int n = ErmittleTextElemente(elements.data(), "&", nullptr, nullptr);
     WertzuweisungEingabe(n, elements.data(), count, list, "~");
-}
-
-void FreeList(EingabeElement *list, int count) {
-    for (int i = 0; i < count; ++i) {
-        std::free(list[i].Name);
-        std::free(list[i].Wert);
-        std::free(list[i].Vorgabe);
-    }
-    std::free(list);
 }
 
 }  // namespace
@@ -125,13 +117,13 @@ int main(int argc, char **argv) {
     const std::string application = ApplicationName(*options);
     if (!ReadDefinition(application, &list, &count)) {
         std::fprintf(stderr, "kxpage: no application definition for %s\n", application.c_str());
-        FreeList(list, count);
+        KXFreeEingabeList(list, count);
         return 1;
     }
     EnsureMarkers(&list, &count);
     AssignQuery(options->query, &list, &count);
     ErsetzeUndGebeHtmlDateiAus(options->page.c_str(), nullptr, iErsetzungsAnfang, iErsetzungsEnde, &count, &list);
     std::fflush(_Utilsfpout ? _Utilsfpout : stdout);
-    FreeList(list, count);
+    KXFreeEingabeList(list, count);
     return 0;
 }

@@ -21,6 +21,7 @@
 
 #include "kx_input.h"
 #include "kx_profile.h"
+#include "kx_list.h"
 #include "kx_template.h"
 
 /* Pages live in this folder beside the program; a request names only the
@@ -186,15 +187,6 @@ static void ColumnStyle(EingabeElement *list, int count) {
     SetEingabeWert(count, list, "ColumnStyle", style);
 }
 
-static void FreeList(EingabeElement *list, int count) {
-    for (int i = 0; i < count; ++i) {
-        free(list[i].Name);
-        free(list[i].Wert);
-        free(list[i].Vorgabe);
-    }
-    free(list);
-}
-
 /* Where the library's output goes until the header is out. */
 struct Held {
     FILE *stream;
@@ -251,7 +243,7 @@ int main(int argc, char **argv) {
     Release(&held);
     if (failure != NULL) {
         free(held.text);
-        FreeList(list, count);
+        KXFreeEingabeList(list, count);
         if (strcmp(failure, "400 Bad Request") == 0)
             return Fail(failure, "The request names no application (Application=...).");
         if (strcmp(failure, "404 Not Found") == 0)
@@ -266,6 +258,6 @@ int main(int argc, char **argv) {
     ErsetzeUndGebeHtmlDateiAus(page, NULL, iErsetzungsAnfang, iErsetzungsEnde, &count, &list);
     fflush(stdout);
     free(page);
-    FreeList(list, count);
+    KXFreeEingabeList(list, count);
     return 0;
 }

@@ -1,8 +1,11 @@
 // The input list: finding entries by name and setting their values.
 #include <cstdlib>
 #include <cstring>
+#include <string>
+#include <string_view>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
+#include "input/eingabe/declaration.h"
 #include "kx_input.h"
 
 EingabeElement **_pEingabe = nullptr;
@@ -22,18 +25,24 @@ void StoreValue(EingabeElement &entry, char *value) {
     entry.WertGesetzt = value != nullptr ? 1 : 0;
 }
 
-// The definition block that declares one entry: the separator line, the
-// definition line and the empty text that ends the block.
-char *DeclarationBlock(const char *separator, const char *name, char kind, const char *defaultText) {
-    const size_t s = std::strlen(separator), n = std::strlen(name), d = std::strlen(defaultText);
-    char *block = static_cast<char *>(std::malloc(3 * s + n + d + 4));
-    if (block == nullptr) return nullptr;
-    char *p = block;
-    auto put = [&p](const char *text, size_t length) { std::memcpy(p, text, length), p += length; };
-    put(separator, s + 1);
-    put(name, n), put(separator, s), put(&kind, 1), put(separator, s), put(defaultText, d + 1);
-    *p = '\0';
-    return block;
+// An entry is declared as the one-line definition "<separator>" then
+// "<name><separator><kind><separator><default>" would declare it: the
+// separator is cut at its line end for the parsing, as a separator line is.
+Declared DeclareOne(int *count, EingabeElement **list, std::string_view separator, const char *name, char kind,
+                    const char *defaultText) {
+    std::string line(name);
+    line.append(separator).append(1, kind).append(separator).append(defaultText);
+    const DeclarationTarget target{list, count, *count, {}};
+    return DeclareFromLine(target, line, separator.substr(0, separator.find_first_of("\r\n")));
+}
+
+// The first list anything is declared into becomes the current list.
+void RememberList(EingabeElement **list, int *count) {
+    if (_pEingabe == nullptr) {
+        _pEingabe = list;
+        _pEingabeAnzahl = count;
+    }
+    if (*count == 0) *list = nullptr;
 }
 
 }  // namespace
@@ -51,7 +60,10 @@ int EingabewertIndex(const char *name, EingabeElement *list, int count) {
 
 int SetEingabeWertI(int count, EingabeElement *list, int index, const char *text) {
     if (list == nullptr || !kx::input::ValidIndex(index, count)) return index;
-    kx::input::StoreValue(list[index], text ? kx::input::HeapCopy(text) : nullptr);
+    char *copy = text != nullptr ? kx::core::HeapCopy(text) : nullptr;
+    // Memory running out leaves the value as it was.
+    if (text != nullptr && copy == nullptr) return index;
+    kx::input::StoreValue(list[index], copy);
     return index;
 }
 
@@ -81,12 +93,11 @@ int GetInputValue(int count, EingabeElement *list, const char *name, char **valu
 int AppendToEingabe(int *count, EingabeElement **list, const char *separator, const char *name,
                     int kind, const char *defaultText) {
     if (name == nullptr) return -1;
-    char *block = kx::input::DeclarationBlock(separator ? separator : "|", name, kind < 2 ? 'n' : 'j',
-                                              defaultText ? defaultText : "");
-    if (block == nullptr) return -1;
-    ErmittleEingabe(block, list, count, nullptr, 0);
-    std::free(block);
-    return 0;
+    if (list == nullptr || count == nullptr) return 0;
+    kx::input::RememberList(list, count);
+    const kx::input::Declared declared = kx::input::DeclareOne(
+        count, list, separator ? separator : "|", name, kind < 2 ? 'n' : 'j', defaultText ? defaultText : "");
+    return declared == kx::input::Declared::NoMemory ? -1 : 0;
 }
 
 }  // extern "C"

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "companion/libparser.h"
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_input.h"
 
 namespace kx::input {
@@ -43,13 +43,13 @@ char *ElementAt(const char *text, std::string_view key, const char *separator) {
     int position = 0;
     const auto [end, error] = std::from_chars(key.data(), key.data() + key.size(), position);
     if (error != std::errc() || end != key.data() + key.size()) return nullptr;  // too large
-    char *copy = HeapCopy(text);
+    char *copy = kx::core::HeapCopy(text);
     if (copy == nullptr) return nullptr;
     char *result = nullptr;
     if (position < ErmittleTextElemente(copy, separator, nullptr, nullptr)) {
         char *element = copy;
         for (int i = 0; i < position; ++i) element += std::strlen(element) + std::strlen(separator);
-        result = HeapCopy(element);
+        result = kx::core::HeapCopy(element);
     }
     std::free(copy);
     return result;
@@ -64,7 +64,7 @@ char *ValueAfter(const char *text, const char *key) {
     UeberleseZeichen(value, &position, " \t", 2);
     const int start = position;
     PositioniereAufZeichen(value, &position, "\n\r", 3);
-    return HeapCopy({value + start, static_cast<size_t>(position - start)});
+    return kx::core::HeapCopy({value + start, static_cast<size_t>(position - start)});
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ extern "C" {
 char *StringNReplace(const char *text, int oldLength, const char *old, int replacementLength,
                      const char *replacement) {
     if (text == nullptr) return nullptr;
-    if (old == nullptr || old[0] == '\0' || oldLength <= 0) return kx::input::HeapCopy(text);
+    if (old == nullptr || old[0] == '\0' || oldLength <= 0) return kx::core::HeapCopy(text);
     const std::string_view whole(text), needle(old);
     const std::string_view inserted(replacement ? replacement : "",
                                     replacement ? strnlen(replacement, static_cast<size_t>(
@@ -89,7 +89,7 @@ char *StringNReplace(const char *text, int oldLength, const char *old, int repla
         rest = std::min(hit + static_cast<size_t>(oldLength), whole.size());
     }
     result.append(whole.substr(rest));
-    return kx::input::HeapCopy(result);
+    return kx::core::HeapCopy(result);
 }
 
 char *StringReplace(const char *text, const char *old, const char *replacement) {
@@ -106,7 +106,7 @@ char *ChangeSubText(const char *text, const char *set, int setLength, const char
     for (const char *p = text; *p; ++p)
         kx::input::InSet(*p, set, setLength) ? out.append(inserted) : out.append(1, *p);
     if (length != nullptr) *length = static_cast<int>(out.size());
-    return kx::input::HeapCopy(out);
+    return kx::core::HeapCopy(out);
 }
 
 char *GetIndexedValue(const char *text, const char *key, const char *separator) {

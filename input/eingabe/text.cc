@@ -4,7 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "input/eingabe/heap_text.h"
+#include "core/alloc.h"
+#include "core/text.h"
 #include "kx_input.h"
 
 namespace kx::input {
@@ -14,7 +15,7 @@ std::string_view ViewOf(const char *text) { return text ? std::string_view(text)
 
 // Writes the lengths collected by ErmittleTextElemente into a heap array.
 int *HeapLengths(const std::vector<int> &lengths) {
-    int *array = static_cast<int *>(std::malloc(lengths.size() * sizeof(int)));
+    int *array = static_cast<int *>(kx::core::Allocate(lengths.size() * sizeof(int)));
     if (array != nullptr) std::memcpy(array, lengths.data(), lengths.size() * sizeof(int));
     return array;
 }
@@ -26,14 +27,14 @@ extern "C" {
 
 char *UtilsErzeugeText(const char *source, int length) {
     if (length < 0) length = 0;
-    if (source == nullptr) return kx::input::HeapCopy({});
-    return kx::input::HeapCopy({source, static_cast<size_t>(length)});
+    if (source == nullptr) return kx::core::HeapCopy({});
+    return kx::core::HeapCopy({source, static_cast<size_t>(length)});
 }
 
 char *EweitereText(const char *text, const char *piece, int pieceLength, const char *separator) {
     const std::string_view head = kx::input::ViewOf(text), glue = kx::input::ViewOf(separator);
     const size_t tail = (piece != nullptr && pieceLength > 0) ? static_cast<size_t>(pieceLength) : 0;
-    char *joined = static_cast<char *>(std::malloc(head.size() + glue.size() + tail + 1));
+    char *joined = static_cast<char *>(kx::core::Allocate(head.size() + glue.size() + tail + 1));
     if (joined == nullptr) return nullptr;
     char *p = joined;
     if (!head.empty()) std::memcpy(p, head.data(), head.size()), p += head.size();

@@ -2,6 +2,7 @@
 #include <stddef.h>
 #include "kx_input.h"
 #include "kx_template.h"
+#include "kx_list.h"
 #include "kx_convert.h"
 #include "kx_trap.h"
 #include "kx_profile.h"

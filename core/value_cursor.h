@@ -1,15 +1,17 @@
 // Walking the values of an input-list entry without leaving them.
-#ifndef KX_TEMPLATE_VALUE_CURSOR_H
-#define KX_TEMPLATE_VALUE_CURSOR_H
+#ifndef KX_CORE_VALUE_CURSOR_H
+#define KX_CORE_VALUE_CURSOR_H
 
 #include <cstddef>
 #include <cstring>
 
 #include "kx_input.h"
 
-namespace kx::tmpl {
+namespace kx::core {
 
-// The bytes of the first WertGesetzt values of an entry, each with its NUL.
+// The bytes of the first WertGesetzt values of an entry, each with its NUL:
+// the bytes an append keeps. Unlike ValuesSpan, an entry whose Wert holds no
+// counted value keeps none of it.
 inline size_t ValueBytes(const EingabeElement &entry) {
     if (entry.Wert == nullptr) return 0;
     size_t offset = 0;
@@ -25,7 +27,9 @@ public:
     explicit ValueCursor(EingabeElement &entry) : entry_(entry) { Locate(); }
 
     // The current value; null when the entry has no Wert or WertPosition lies
-    // outside its values.
+    // outside its values. Inside them it is CurrentText (core/entry.h); outside
+    // it is null rather than "", because the comparisons tell no value from
+    // an empty one.
     const char *Current() const {
         if (entry_.Wert == nullptr || entry_.WertPosition < 0) return nullptr;
         if (index_ < 0 && static_cast<size_t>(entry_.WertPosition) >= bytes_) return nullptr;
@@ -60,6 +64,6 @@ private:
     size_t bytes_ = 0;
 };
 
-}  // namespace kx::tmpl
+}  // namespace kx::core
 
 #endif

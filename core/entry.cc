@@ -1,8 +1,8 @@
-#include "template/entry_values.h"
+#include "core/entry.h"
 
 #include <cstring>
 
-namespace kx::tmpl {
+namespace kx::core {
 
 size_t ValuesSpan(const EingabeElement &entry) {
     if (entry.Wert == nullptr) return 0;
@@ -15,9 +15,12 @@ size_t ValuesSpan(const EingabeElement &entry) {
 const char *CurrentText(const EingabeElement &entry) {
     if (entry.Wert == nullptr) return entry.Vorgabe;
     if (entry.WertPosition == 0) return entry.Wert;
-    if (entry.WertPosition < 0 || static_cast<size_t>(entry.WertPosition) >= ValuesSpan(entry))
-        return "";
+    if (entry.WertPosition < 0 || static_cast<size_t>(entry.WertPosition) >= ValuesSpan(entry)) return "";
     return entry.Wert + entry.WertPosition;
+}
+
+const char *SettingText(const EingabeElement &entry) {
+    return (entry.Wert != nullptr && *entry.Wert != '\0') ? entry.Wert : entry.Vorgabe;
 }
 
 int ValueOffset(const EingabeElement &entry, int index) {
@@ -53,4 +56,4 @@ const char *CurrentTextAt(int *pCount, EingabeElement **pList, int index) {
     return entry != nullptr ? CurrentText(*entry) : nullptr;
 }
 
-}  // namespace kx::tmpl
+}  // namespace kx::core

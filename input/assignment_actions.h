@@ -1,13 +1,13 @@
 // The page actions that WertzuweisungEingabe carries out once per list.
-#ifndef KX_TEMPLATE_ASSIGNMENT_ACTIONS_H
-#define KX_TEMPLATE_ASSIGNMENT_ACTIONS_H
+#ifndef KX_INPUT_ASSIGNMENT_ACTIONS_H
+#define KX_INPUT_ASSIGNMENT_ACTIONS_H
 
 #include <string>
 #include <string_view>
 
 #include "kx_input.h"
 
-namespace kx::tmpl {
+namespace kx::input {
 
 // False when the list has an entry "PLSet" already (its actions were done);
 // otherwise declares it with the default "yes" and returns true.
@@ -42,6 +42,6 @@ void ApplySetIniValue(EingabeElement *list, int count, const WritableNames &writ
 int ChangeFileContentBecause(const char *path, const char *key, const char *text, const char *stopSet,
                              int stopSetLength);
 
-}  // namespace kx::tmpl
+}  // namespace kx::input
 
 #endif

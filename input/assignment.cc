@@ -7,14 +7,16 @@
 #include <string>
 #include <string_view>
 
+#include "core/entry.h"
+#include "core/text.h"
+#include "core/value_cursor.h"
+#include "input/assignment_actions.h"
 #include "input/eingabe/value_appender.h"
 #include "kx_input.h"
 #include "kx_template.h"
-#include "template/assignment_actions.h"
-#include "template/count_entries.h"
-#include "template/value_cursor.h"
 
-namespace kx::tmpl {
+namespace kx::input {
+using namespace kx::core;
 namespace {
 
 // Words that mark a pressed button when an element begins with one of them.
@@ -35,15 +37,6 @@ struct Assignment {
         return nameLength < element.size() ? std::string_view(element).substr(nameLength + 1) : std::string_view();
     }
 };
-
-std::string ReplaceAll(std::string_view text, std::string_view old, std::string_view replacement) {
-    std::string out;
-    for (size_t at = text.find(old); at != std::string_view::npos; at = text.find(old)) {
-        out.append(text.substr(0, at)).append(replacement);
-        text.remove_prefix(at + old.size());
-    }
-    return out.append(text);
-}
 
 Assignment ParseElement(std::string_view raw) {
     Assignment a;
@@ -69,10 +62,7 @@ struct Values {
 
 // A decoded piece as a text: it ends at its first NUL (a "%00" ends it).
 void AddDecoded(Values &values, std::string_view piece) {
-    const std::string source(piece);
-    char *decoded = ServerDecoding(source.c_str());
-    values.bytes.append(decoded ? decoded : "").push_back('\0');
-    std::free(decoded);
+    values.bytes.append(Decoded(piece)).push_back('\0');
     ++values.count;
 }
 
@@ -166,9 +156,9 @@ char *Assign(int count, const char *text, int *pCount, EingabeElement **pList, c
 }
 
 }  // namespace
-}  // namespace kx::tmpl
+}  // namespace kx::input
 
 extern "C" char *WertzuweisungEingabe(int count, const char *text, int *pCount, EingabeElement **pList,
                                       const char *divider) {
-    return kx::tmpl::Assign(count, text, pCount, pList, divider);
+    return kx::input::Assign(count, text, pCount, pList, divider);
 }

@@ -6,12 +6,13 @@
 #include <memory>
 #include <string_view>
 
+#include "core/alloc.h"
 #include "companion/libKXUtils.h"
 #include "core/file_lock.h"
 #include "kx_template.h"
-#include "template/assignment_actions.h"
+#include "input/assignment_actions.h"
 
-namespace kx::tmpl {
+namespace kx::input {
 namespace {
 
 struct FreeResource {
@@ -75,21 +76,21 @@ int ChangeFileContentBecause(const char *path, const char *key, const char *text
                    StopSet(stopSet, stopSetLength));
 }
 
-}  // namespace kx::tmpl
+}  // namespace kx::input
 
 extern "C" {
 
 int ChangeFileContent(const char *path, const char *key, const char *text, const char *stopSet, int stopSetLength) {
-    return kx::tmpl::ChangeFileContentBecause(path, key, text, stopSet, stopSetLength) == 0 ? 0 : -1;
+    return kx::input::ChangeFileContentBecause(path, key, text, stopSet, stopSetLength) == 0 ? 0 : -1;
 }
 
 char *ErweitereBlock(const char *front, int frontLength, const char *back, int backLength, const char *middle,
                      int middleLength) {
-    const size_t f = kx::tmpl::PartLength(front, frontLength);
-    const size_t m = kx::tmpl::PartLength(middle, middleLength);
-    const size_t b = kx::tmpl::PartLength(back, backLength);
+    const size_t f = kx::input::PartLength(front, frontLength);
+    const size_t m = kx::input::PartLength(middle, middleLength);
+    const size_t b = kx::input::PartLength(back, backLength);
     // An empty block is still a block of its own, so null only means "no memory".
-    char *block = static_cast<char *>(std::malloc(f + m + b > 0 ? f + m + b : 1));
+    char *block = static_cast<char *>(kx::core::Allocate(f + m + b > 0 ? f + m + b : 1));
     if (block == nullptr) return nullptr;
     if (f > 0) std::memcpy(block, front, f);
     if (m > 0) std::memcpy(block + f, middle, m);

@@ -7,13 +7,16 @@
 #include <string_view>
 
 #include "companion/libKXsnmp.h"
+#include "core/entry.h"
+#include "core/markers.h"
+#include "core/text.h"
+#include "input/assignment_actions.h"
 #include "input/definition_reader.h"
 #include "kx_input.h"
 #include "kx_template.h"
-#include "template/assignment_actions.h"
-#include "template/value_cursor.h"
 
-namespace kx::tmpl {
+namespace kx::input {
+using namespace kx::core;
 namespace {
 
 constexpr char kPLSet[] = "PLSet";
@@ -27,8 +30,6 @@ constexpr char kErrorText[] = "ErrorText";
 constexpr std::string_view kPairSeparator = ",,";
 constexpr std::string_view kNameValueSeparator = "--";
 constexpr char kListSeparator[] = "|";
-// First bytes that make a text an in-memory definition rather than a name.
-constexpr std::string_view kDefinitionMarkers = "~| &%$\xA7!\"!^#";
 constexpr char kFallbackSeparator = '|';
 // Room for "./" and a definition file name, terminating NUL included.
 constexpr size_t kIniPathSize = 400;
@@ -38,24 +39,11 @@ constexpr char kLineEnds[] = "\n\r";
 // The separator of a one-line definition: the divider's first byte when it
 // can start an in-memory definition, otherwise "|".
 std::string DefinitionSeparator(std::string_view divider) {
-    const bool usable = !divider.empty() && kDefinitionMarkers.find(divider[0]) != std::string_view::npos;
+    const bool usable = !divider.empty() && IsDefinitionMarker(divider[0]);
     return std::string(1, usable ? divider[0] : kFallbackSeparator);
 }
 
-// The entry's current text, or null.
-const char *CurrentText(EingabeElement &entry) {
-    return entry.Wert != nullptr ? ValueCursor(entry).Current() : entry.Vorgabe;
-}
-
 bool HasText(const char *text) { return text != nullptr && *text != '\0'; }
-
-std::string Decoded(std::string_view encoded) {
-    const std::string source(encoded);
-    char *decoded = ServerDecoding(source.c_str());
-    std::string text(decoded ? decoded : "");
-    std::free(decoded);
-    return text;
-}
 
 // Declares name with value as its default, then sets it; a value with "|"
 // becomes a list. Names that a definition line cannot carry are skipped.
@@ -81,11 +69,8 @@ bool DeclarePLSet(int *pCount, EingabeElement **pList, std::string_view divider)
 void ApplyMibPath(EingabeElement *list, int count) {
     const int index = EingabewertIndex(kMibPath, list, count);
     if (index >= count) return;
-    const EingabeElement &entry = list[index];
-    if (HasText(entry.Wert))
-        KXSetMibPath(entry.Wert);
-    else if (HasText(entry.Vorgabe))
-        KXSetMibPath(entry.Vorgabe);
+    const char *setting = SettingText(list[index]);
+    if (HasText(setting)) KXSetMibPath(setting);
 }
 
 void ApplyParameterList(int *pCount, EingabeElement **pList, std::string_view divider) {
@@ -107,9 +92,9 @@ void ApplyParameterList(int *pCount, EingabeElement **pList, std::string_view di
         DeclareAndSet(pCount, pList, separator, Decoded(pair.substr(0, split)),
                       Decoded(pair.substr(split + kNameValueSeparator.size())));
     }
-    char *encoded = ServerEncoding(pairs.c_str(), nullptr, 0, 0);
-    SetEingabeWertI(*pCount, *pList, index, encoded);
-    std::free(encoded);
+    // Memory running out leaves the entry's text as it was.
+    const HeapText encoded(ServerEncoding(pairs.c_str(), nullptr, 0, 0));
+    if (encoded) SetEingabeWertI(*pCount, *pList, index, encoded.Get());
 }
 
 bool WritableNames::Allows(std::string_view name) const {
@@ -175,7 +160,7 @@ int SaveDefault(const EingabeElement &target, const std::string &value) {
 void ApplySetIniValue(EingabeElement *list, int count, const WritableNames &writable) {
     const int index = EingabewertIndex(kSetIniValue, list, count);
     if (index >= count || list[index].Wert == nullptr) return;
-    const char *targetName = ValueCursor(list[index]).Current();
+    const char *targetName = CurrentText(list[index]);
     if (!HasText(targetName)) return;
     const int target = EingabewertIndex(targetName, list, count);
     if (target >= count) return;
@@ -189,4 +174,4 @@ void ApplySetIniValue(EingabeElement *list, int count, const WritableNames &writ
     if (error != 0) ReportFailedSave(list, count, name.c_str(), error);
 }
 
-}  // namespace kx::tmpl
+}  // namespace kx::input
