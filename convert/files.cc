@@ -118,7 +118,7 @@ std::optional<std::string> Setting(const std::string &element, std::string_view 
 
 IniRead ReadSettings(std::string_view argument, int cycleIndex) {
     IniRead settings;
-    for (std::string_view element : Split(argument, ',')) {
+    for (std::string_view element : Split(argument, ",")) {
         const std::string text = EvaluatedOrDecoded(element, cycleIndex, "|").value_or("");
         if (auto fallback = Setting(text, "DefaultValue"))
             settings.fallback = *fallback;
@@ -134,9 +134,9 @@ IniRead ReadSettings(std::string_view argument, int cycleIndex) {
 std::string IniValue(const std::string &file, std::string_view key, const IniRead &settings, int cycleIndex) {
     const Cut parts = CutAt(key, ',');
     const std::string first = EvaluatedOrDecoded(parts.head, cycleIndex, "|").value_or("");
-    const std::string second = parts.has_rest ? EvaluatedOrDecoded(parts.rest, cycleIndex, "|").value_or("") : "";
-    const char *section = parts.has_rest ? first.c_str() : nullptr;
-    const std::string &name = parts.has_rest ? second : first;
+    const std::string second = parts.hasRest ? EvaluatedOrDecoded(parts.rest, cycleIndex, "|").value_or("") : "";
+    const char *section = parts.hasRest ? first.c_str() : nullptr;
+    const std::string &name = parts.hasRest ? second : first;
     char **entry = nullptr;
     std::string value = settings.fallback;
     if (KXUtilsReadIniFile(file.c_str(), section, 0, '.', name.c_str(), &entry, 0) >= 1 && entry != nullptr) {
@@ -172,11 +172,11 @@ char *ConvertCreateTemplateFile(char *, char *value, int) {
     std::optional<std::string> folder;
     if (value != nullptr && *value != '\0') {
         folder = Confined(value);
-        if (!folder) return CopyOut("");
+        if (!folder) return HeapCopy("");
     }
     char *directory = KXUtilsTempDirectory(folder ? folder->c_str() : nullptr);
     char *name = directory ? KXUtilsTempFileName(directory) : nullptr;
-    char *result = CopyOut(name ? name : "");
+    char *result = HeapCopy(name ? name : "");
     KXUtilsFreeResources(name);
     KXUtilsFreeResources(directory);
     return result;
@@ -184,25 +184,25 @@ char *ConvertCreateTemplateFile(char *, char *value, int) {
 
 char *ConvertListDir(char *, char *value, int) {
     const std::optional<std::string> folder = ConfinedValue(value);
-    if (!folder) return CopyOut("");
+    if (!folder) return HeapCopy("");
     char *directory = const_cast<char *>(folder->c_str());
     char **names = nullptr;
     const int count = CreateFileList(&names, &directory, 1, ".*", 0, 0);
-    char *result = CopyOut(count > 0 && names ? Joined(names, count, std::string::npos - 1) : "");
+    char *result = HeapCopy(count > 0 && names ? Joined(names, count, std::string::npos - 1) : "");
     KXUtilsFreeResources(names);
     return result;
 }
 
 char *ConvertFileRegexpExists(char *argument, char *value, int cycleIndex) {
-    if (value == nullptr) return CopyOut("");
+    if (value == nullptr) return HeapCopy("");
     const std::optional<std::string> folder = ConfinedValue(value);
-    std::string pattern = Evaluate(ValueText(argument), cycleIndex);
-    if (!folder) return CopyOut(value);
+    std::string pattern = Evaluated(ValueText(argument), cycleIndex);
+    if (!folder) return HeapCopy(value);
     char *expression = pattern.data();
     char **names = nullptr;
     int count = 0;
     ListDirectory(folder->c_str(), 0, 0, 0, 1, &expression, &count, &names);
-    char *result = count > 0 && names ? CopyOut(Joined(names, count, kMatchListLimit)) : CopyOut(value);
+    char *result = count > 0 && names ? HeapCopy(Joined(names, count, kMatchListLimit)) : HeapCopy(value);
     KXUtilsFreeResources(names);
     return result;
 }
@@ -223,25 +223,25 @@ char *ConvertWriteFile(char *argument, char *value, int cycleIndex) {
     const std::optional<std::string> path = ConfinedValue(value);
     if (!path || argument == nullptr) return PrintInt(kFailed);
     const Cut parts = CutAt(argument, ',');
-    const std::optional<std::string> content = DecodedValue(Evaluate(parts.head, cycleIndex).c_str());
+    const std::optional<std::string> content = DecodedValue(Evaluated(parts.head, cycleIndex).c_str());
     if (!content) return PrintInt(kFailed);
-    return PrintInt(Write(*path, *content, Evaluate(parts.rest, cycleIndex)));
+    return PrintInt(Write(*path, *content, Evaluated(parts.rest, cycleIndex)));
 }
 
 char *ConvertToIniRead(char *argument, char *value, int cycleIndex) {
-    if (value == nullptr || *value == '\0' || argument == nullptr || *argument == '\0') return CopyOut("");
+    if (value == nullptr || *value == '\0' || argument == nullptr || *argument == '\0') return HeapCopy("");
     const IniRead settings = ReadSettings(argument, cycleIndex);
-    if (!settings.file) return CopyOut("");
+    if (!settings.file) return HeapCopy("");
     // A refused file reads like one that does not exist: every key gets the default.
     const std::string file = Confined(*settings.file).value_or("");
     std::string result;
     bool first = true;
-    for (std::string_view key : Split(value, '|')) {
+    for (std::string_view key : Split(value, "|")) {
         if (!first) result += settings.divider;
         first = false;
         result += IniValue(file, key, settings, cycleIndex);
     }
-    return CopyOut(result);
+    return HeapCopy(result);
 }
 
 }  // extern "C"

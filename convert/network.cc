@@ -63,7 +63,7 @@ void RunSlots(std::size_t count, void *(*entry)(void *), Wants wants, Direct dir
 
 std::vector<std::string> DecodedHosts(const char *value) {
     std::vector<std::string> hosts;
-    for (std::string_view host : Split(value, '|')) hosts.push_back(Decode(host));
+    for (std::string_view host : Split(value, "|")) hosts.push_back(Decoded(host));
     return hosts;
 }
 
@@ -93,13 +93,13 @@ NameOptions NameOptionsOf(const char *argument, int cycleIndex) {
     NameOptions options;
     const std::string_view text = ValueText(argument);
     if (text.empty()) return options;
-    const std::string evaluated = Evaluate(text.substr(1), cycleIndex, "|");
+    const std::string evaluated = Evaluated(text.substr(1), cycleIndex, "|");
     const Cut parts = CutAt(evaluated, ',');
     options.separator = parts.head;
-    if (parts.has_rest) {
+    if (parts.hasRest) {
         options.flags.emplace();
-        const std::string flags = Decode(parts.rest);
-        for (std::string_view flag : Split(flags, '|')) options.flags->emplace_back(flag);
+        const std::string flags = Decoded(parts.rest);
+        for (std::string_view flag : Split(flags, "|")) options.flags->emplace_back(flag);
     }
     return options;
 }
@@ -127,7 +127,7 @@ void *HostnameThread(void *index) {
 }
 
 char *ConvertPing(char *argument, char *value, int) {
-    if (value == nullptr) return CopyOut("0");
+    if (value == nullptr) return HeapCopy("0");
     std::vector<std::string> hosts = DecodedHosts(value);
     std::vector<PingThreadSlot> slots(hosts.size());
     for (std::size_t i = 0; i < hosts.size(); ++i) slots[i] = {hosts[i].data(), -1};
@@ -140,11 +140,11 @@ char *ConvertPing(char *argument, char *value, int) {
     for (std::size_t i = 0; i < slots.size(); ++i)
         result.append(i > 0 ? separator : "").append(slots[i].Status == 0 ? "1" : "0");
     PingThreadInfo = nullptr;
-    return CopyOut(result);
+    return HeapCopy(result);
 }
 
 char *ConvertToHostname(char *argument, char *value, int cycleIndex) {
-    if (value == nullptr) return CopyOut(kUnknown);
+    if (value == nullptr) return HeapCopy(kUnknown);
     const NameOptions options = NameOptionsOf(argument, cycleIndex);
     std::vector<std::string> addresses = DecodedHosts(value);
     std::vector<HostnameThreadSlot> slots(addresses.size(), HostnameThreadSlot{nullptr, nullptr});
@@ -166,11 +166,11 @@ char *ConvertToHostname(char *argument, char *value, int cycleIndex) {
         KXUtilsFreeResources(slots[i].Name);
     }
     HostnameThreadInfo = nullptr;
-    return CopyOut(result);
+    return HeapCopy(result);
 }
 
 char *ConvertToIPAddress(char *, char *value, int) {
-    if (value == nullptr) return CopyOut(kUnknown);
+    if (value == nullptr) return HeapCopy(kUnknown);
     std::string result;
     for (const std::string &name : DecodedHosts(value)) {
         char *address = _GetNetAddressByHostname(name.c_str());
@@ -178,7 +178,7 @@ char *ConvertToIPAddress(char *, char *value, int) {
         KXUtilsFreeResources(address);
     }
     result.pop_back();  // the bar after the last; a split gives at least one name
-    return CopyOut(result);
+    return HeapCopy(result);
 }
 
 }  // extern "C"

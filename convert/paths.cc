@@ -37,7 +37,7 @@ bool Inside(const std::string &path, const std::string &root) {
 // The path's components without empty and "." ones; nullopt on a "..".
 std::optional<std::string> Normalised(std::string_view path) {
     std::string joined;
-    for (std::string_view part : Split(path, '/')) {
+    for (std::string_view part : Split(path, "/")) {
         if (part == "..") return std::nullopt;
         if (part.empty() || part == ".") continue;
         joined.append("/").append(part);
@@ -49,14 +49,14 @@ std::optional<std::string> Normalised(std::string_view path) {
 
 std::optional<std::string> DecodedValue(const char *value) {
     if (value == nullptr || HoldsEncodedNul(value)) return std::nullopt;
-    return Decode(value);
+    return Decoded(value);
 }
 
 std::optional<std::string> EvaluatedOrDecoded(std::string_view argument, int cycleIndex, const char *encode) {
-    std::string evaluated = Evaluate(argument, cycleIndex, encode);
+    std::string evaluated = Evaluated(argument, cycleIndex, encode);
     if (evaluated != argument) return evaluated;
     if (HoldsEncodedNul(argument)) return std::nullopt;
-    return Decode(argument);
+    return Decoded(argument);
 }
 
 std::optional<std::string> Confined(std::string_view path) {

@@ -57,8 +57,8 @@ int Run(const std::string &program, const std::vector<std::string> &args) {
 char *CallUnknown(std::string_view argument, const char *value, int cycleIndex, std::size_t maxArguments) {
     std::vector<std::string> args;
     if (!argument.empty())
-        for (std::string_view element : Split(argument, ','))
-            if (args.size() < maxArguments) args.push_back(Decode(Evaluate(element, cycleIndex)));
+        for (std::string_view element : Split(argument, ","))
+            if (args.size() < maxArguments) args.push_back(Decoded(Evaluated(element, cycleIndex)));
     return PrintInt(Run(value, args));
 }
 
@@ -79,7 +79,7 @@ std::string Query(const KnownFunction &row, std::string_view head, int cycleInde
         if (i > 0) query += '&';
         query.append(row.parameters[i]).append("=").append(ParameterValue(row.parameters[i]));
     }
-    query.append(row.extra).append(Decode(Evaluate(head, cycleIndex))).append(kQueryEnd);
+    query.append(row.extra).append(Decoded(Evaluated(head, cycleIndex))).append(kQueryEnd);
     return query;
 }
 
@@ -117,8 +117,8 @@ char *CallKnown(const KnownFunction &row, std::string_view argument, const char 
     std::string program = value;
     if (completePath && program.front() != '.' && program.front() != '/') program.insert(0, "./");
     const std::optional<std::string> answer = Exchange(program, Query(row, parts.head, cycleIndex));
-    if (answer) return CopyOut(*answer);
-    return CopyOut(parts.has_rest && !parts.rest.empty() ? parts.rest : std::string_view{value});
+    if (answer) return HeapCopy(*answer);
+    return HeapCopy(parts.hasRest && !parts.rest.empty() ? parts.rest : std::string_view{value});
 }
 
 char *Call(char *argument, const char *value, int cycleIndex, CallStyle style) {

@@ -9,7 +9,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_profile.h"
 #include "profile/profile_internal.h"
 
@@ -206,7 +206,7 @@ char *ConvertToStream(int count, EingabeElement *list, const char *name, const c
             if (!first && divider != nullptr) joined.append(divider);
             joined.append(cursor.Current());
         }
-        return kx::input::HeapCopy(joined);
+        return kx::core::HeapCopy(joined);
     });
 }
 

@@ -18,7 +18,7 @@
 
 #include "companion/libKXUtils.h"
 #include "core/file_lock.h"
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "input/request_internal.h"
 #include "kx_profile.h"
 #include "profile/ini_stream.h"
@@ -242,7 +242,7 @@ int WriteIniFile(int count, EingabeElement *list, const char *divider, const cha
         if (stream != nullptr) *stream = nullptr;
         kx::profile::WritePlan plan{{}, mode, {}, {}, true};
         if (!kx::profile::ProfilePath(count, list, path, plan.path)) return -1;
-        if (pathOut != nullptr) *pathOut = kx::input::HeapCopy(plan.path);
+        if (pathOut != nullptr) *pathOut = kx::core::HeapCopy(plan.path);
         return kx::profile::WriteIni(count, list, {divider, mode ? mode : "", nameCount, names, stream}, plan);
     });
 }
@@ -261,7 +261,7 @@ char *UtilsReadFile(const char *path, int *length, const char **exclusions, int 
         std::fclose(file);
         // A file that grew since its size was taken is kept to that size.
         if (kept.size() > static_cast<std::size_t>(size)) kept.resize(static_cast<std::size_t>(size));
-        char *text = kx::input::HeapCopy(kept);
+        char *text = kx::core::HeapCopy(kept);
         if (text != nullptr && length != nullptr) *length = static_cast<int>(kept.size());
         return text;
     });

@@ -13,7 +13,7 @@
 
 #include "companion/libKXUtils.h"
 #include "core/file_lock.h"
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "input/request_internal.h"
 #include "kx_profile.h"
 #include "profile/profile_internal.h"
@@ -117,7 +117,7 @@ int WriteNamedUIDFile(int count, EingabeElement *list, const char *name, const c
             ReportError(count, list, kRefused);
             return -1;
         }
-        if (pathOut != nullptr) *pathOut = kx::input::HeapCopy(path);
+        if (pathOut != nullptr) *pathOut = kx::core::HeapCopy(path);
         return WriteNamed(count, list, name, divider, nameCount, names, path);
     });
 }

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_profile.h"
 #include "profile/profile_internal.h"
 
@@ -49,7 +49,7 @@ int Build(const char **lists, int n, const char *separator, SortTableEntry ***ta
     int items = 0;
     for (int i = 0; i < n; ++i) {
         const char *list = lists[i] != nullptr ? lists[i] : "";
-        char *text = kx::input::HeapCopy(list);
+        char *text = kx::core::HeapCopy(list);
         if (text == nullptr) return FreeCopies(copies), 0;
         items = ErmittleTextElemente(text, separator, nullptr, nullptr);
         copies.push_back({text, std::strlen(list), 0});
@@ -119,7 +119,7 @@ char *SortText(char *list, const char *separator, SortTableEntry **table, int co
         if (!sorted.empty()) sorted.pop_back();
         std::free(list);
         std::free(lengths);
-        return kx::input::HeapCopy(sorted);
+        return kx::core::HeapCopy(sorted);
     });
 }
 

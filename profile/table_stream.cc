@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_profile.h"
 #include "profile/profile_internal.h"
 
@@ -127,7 +127,7 @@ char *ConvertToStream2(const char *values, int valueCount, const char *divider, 
         const std::string_view glue = divider != nullptr ? divider : "";
         const Reshape shape{glue, removePositions != nullptr ? removeCount : 0, removePositions, start, end, step,
                             groupSize, MarkerNumbers(markers, glue), keep != 0};
-        return kx::input::HeapCopy(Rebuild(values, valueCount, shape));
+        return kx::core::HeapCopy(Rebuild(values, valueCount, shape));
     });
 }
 

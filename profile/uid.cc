@@ -15,7 +15,7 @@
 #include <string_view>
 
 #include "core/file_lock.h"
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "input/request_internal.h"
 #include "kx_profile.h"
 #include "profile/profile_internal.h"
@@ -132,7 +132,7 @@ int CreateUIDFIle(int count, EingabeElement *list, int create, char **path) {
         std::string file;
         const int result = kx::profile::ProfileFile(count, list, create, file);
         if (result != 0 || path == nullptr) return result;
-        *path = kx::input::HeapCopy(file);
+        *path = kx::core::HeapCopy(file);
         return *path != nullptr ? 0 : -1;
     });
 }

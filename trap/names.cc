@@ -8,7 +8,7 @@
 #include "companion/libKXUtils.h"
 #include "companion/libKXmbcs.h"
 #include "companion/libparser.h"
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_trap.h"
 #include "trap/trap_internal.h"
 
@@ -19,7 +19,7 @@ constexpr int kShortestComparedPrefix = 19;  // shorter parts before the states 
 constexpr int kOwnLengthUpTo = 17;           // a given length this short is replaced by the name's length
 constexpr int kAgentAddressParts = 4;
 
-using input::HeapCopy;
+using core::HeapCopy;
 
 // The pieces of a name, cut in place: every position is an index into text.
 class NameCutter {
@@ -135,7 +135,7 @@ char *GTDetermineActTrapInformation(const char *path, char **mibFile, char **ent
                                     char **specific, char **rest, char **agentAddress, char **server,
                                     char **states) {
     if (path == nullptr) return nullptr;
-    char *copy = kx::input::HeapCopy(KXUtilsBasename(path, 0));
+    char *copy = kx::core::HeapCopy(KXUtilsBasename(path, 0));
     if (copy == nullptr) return nullptr;
     kx::trap::NameCutter cut(copy);
     cut.Step();  // the mark

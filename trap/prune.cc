@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "companion/libKXUtils.h"
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_trap.h"
 #include "trap/trap_internal.h"
 
@@ -68,7 +68,7 @@ int GTGetTrapFiles(int directoryCount, char **directories, char ***list, const c
     if (count < 1) return 0;
     *list = static_cast<char **>(std::calloc(static_cast<std::size_t>(count), sizeof(char *)));
     for (int i = 0; *list != nullptr && i < count; ++i) {
-        (*list)[i] = kx::input::HeapCopy(found[i]);
+        (*list)[i] = kx::core::HeapCopy(found[i]);
         if ((*list)[i] == nullptr) {
             GTFreeRessources(i, *list);
             *list = nullptr;

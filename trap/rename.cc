@@ -7,14 +7,14 @@
 
 #include "companion/libKXUtils.h"
 #include "companion/libKXmbcs.h"
-#include "input/eingabe/heap_text.h"
+#include "core/text.h"
 #include "kx_trap.h"
 #include "trap/trap_internal.h"
 
 namespace kx::trap {
 namespace {
 
-using input::HeapCopy;
+using core::HeapCopy;
 
 // The search pattern buffer: ".+[.]" and the unique identifier behind it,
 // cut to what the 128 bytes hold.
@@ -111,7 +111,7 @@ int GTRenameTrapFile(char **path, int count, int position, char character, char 
     if (dot == nullptr || position < 0 || position >= count || dot - base < count - position) return -1;
     const std::size_t at = static_cast<std::size_t>(dot - *path) - static_cast<std::size_t>(count - position);
     if ((*path)[at] == character) return 0;
-    if (!kx::trap::FitsIntoName(character) || (renamed = kx::input::HeapCopy(*path)) == nullptr) return -1;
+    if (!kx::trap::FitsIntoName(character) || (renamed = kx::core::HeapCopy(*path)) == nullptr) return -1;
     renamed[at] = character;
     const std::string lock = std::string(*path) + ".loc";
     if (const int refused = kx::trap::TakeLock(lock); refused != 0) {
