@@ -13,6 +13,7 @@
 #include "core/markers.h"
 #include "core/messages.h"
 #include "input/definition_reader.h"
+#include "input/eingabe/declaration.h"
 #include "input/request_internal.h"
 
 extern "C" {
@@ -42,14 +43,6 @@ struct Request {
 
 bool IsInMemory(const char *application) {
     return core::IsDefinitionMarker(application[0]);
-}
-
-void RememberList(EingabeElement **list, int *count) {
-    if (_pEingabe == nullptr) {
-        _pEingabe = list;
-        _pEingabeAnzahl = count;
-    }
-    if (*count == 0) *list = nullptr;
 }
 
 // "<directory of programPath><application>.ini". The application keeps its
@@ -111,7 +104,7 @@ int ReadFromMemory(const Request &call) {
 // A successful read does not yet build the page engine's trap MIB index.
 int Read(const Request &call) {
     if (call.list == nullptr || call.count == nullptr) return 1;
-    RememberList(call.list, call.count);
+    input::RememberList(call.list, call.count);
     if (call.application == nullptr) {
         std::fputs(core::MessageText(core::PageMessage::NoApplication), PageStream());
         return 1;

@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,36 +11,22 @@
 
 using kx::test::Convert;
 using kx::test::HandlerCase;
+using kx::test::ReadFile;
 using kx::test::TempDir;
 
 namespace {
 
-std::string Read(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 // Each test runs in a tree of its own, with a sibling folder outside it.
-class FileConversions : public kx::test::FreshGlobals {
+class FileConversions : public kx::test::InTempDir {
 protected:
     void SetUp() override {
-        FreshGlobals::SetUp();
-        saved_ = std::filesystem::current_path();
-        tree_.Write("a.txt", "alpha");
-        tree_.Write("pages/main.htm", "<html>");
-        tree_.Write("pages/ini/main.ini", "|\n");
-        secret_ = outside_.Write("secret.txt", "keep");
-        std::filesystem::current_path(tree_.path());
+        InTempDir::SetUp();
+        dir_.Write("a.txt", "alpha");
+        dir_.Write("pages/main.htm", "<html>");
+        dir_.Write("pages/ini/main.ini", "|\n");
     }
-    void TearDown() override {
-        std::filesystem::current_path(saved_);
-        FreshGlobals::TearDown();
-    }
-    std::filesystem::path saved_;
-    TempDir tree_, outside_;
-    std::string secret_;
+    TempDir outside_;
+    std::string secret_ = outside_.Write("secret.txt", "keep");
 };
 
 // One tree, steps in order: each step's printed result, then what it left.
@@ -71,31 +55,30 @@ TEST_F(FileConversions, StepsOnOneTree) {
         {ConvertFileRemove, "", "c.txt", "-2"},
         {ConvertFileRegexpExists, "[an].*", ".", "a.txt n.txt new file"},  // whole names
         {ConvertFileRegexpExists, "zzz.*", ".", "."},
-        {ConvertFileExists, "", tree_.path().c_str(), "0"},  // absolute, inside the tree
+        {ConvertFileExists, "", dir_.path().c_str(), "0"},  // absolute, inside the tree
     });
-    EXPECT_EQ(Read("r.txt"), "one,two");
-    EXPECT_EQ(Read("n.txt"), "fresh");
+    EXPECT_EQ(ReadFile("r.txt"), "one,two");
+    EXPECT_EQ(ReadFile("n.txt"), "fresh");
     EXPECT_FALSE(std::filesystem::exists("w.txt"));
     EXPECT_FALSE(std::filesystem::exists("r.txt.loc"));
-    tree_.Write("r.txt.loc", "");  // another process holds the lock: left as it is
+    dir_.Write("r.txt.loc", "");  // another process holds the lock: left as it is
     EXPECT_EQ(Convert(ConvertRenameFile, "s.txt", "r.txt"), "-2");
     EXPECT_TRUE(std::filesystem::exists("r.txt.loc"));
     const std::string temporary = Convert(ConvertCreateTemplateFile, "", "d");
-    EXPECT_EQ(temporary.rfind(std::filesystem::canonical(tree_.path()).string() + "/d/kx.", 0), 0U) << temporary;
+    EXPECT_EQ(temporary.rfind(std::filesystem::canonical(dir_.path()).string() + "/d/kx.", 0), 0U) << temporary;
     EXPECT_TRUE(std::filesystem::exists(temporary));
 }
 
 TEST_F(FileConversions, IniReadJoinsKeysWithDefaultsAndDivider) {
-    tree_.Write("net.ini", "|\nTop=t\n[Net]\nHost=h\nName=a|b\n");
-    kx::test::InputList list;
-    list.Add("Ersetzungsanfang", 'n', "{");
-    list.Add("Ersetzungsende", 'n', "}");
-    list.Add("IniFile");
-    SetEingabeWert(list.count(), list.list(), "IniFile", "net.ini");
+    dir_.Write("net.ini", "|\nTop=t\n[Net]\nHost=h\nName=a|b\n");
+    in_.Add("Ersetzungsanfang", 'n', "{");
+    in_.Add("Ersetzungsende", 'n', "}");
+    in_.Add("IniFile");
+    Set("IniFile", "net.ini");
     iErsetzungsAnfang = 0;
     iErsetzungsEnde = 1;
-    _pEingabe = &list.list();
-    _pEingabeAnzahl = &list.count();
+    _pEingabe = &in_.list();
+    _pEingabeAnzahl = &in_.count();
     kx::test::ExpectAll({
         {ConvertToIniRead, "{IniFile},DefaultValue=none,OutputDivider=;", "Net,Host|Net,Port", "h;none"},
         {ConvertToIniRead, "{IniFile}", "Net,Name|Top", "a%7Cb|t"},
@@ -113,7 +96,7 @@ TEST_F(FileConversions, HostilePathsStayOutside) {
     std::filesystem::create_symlink(secret_, "filelink");
     std::filesystem::create_symlink(outside_.path() + "/nothing", "dangling");
     std::filesystem::create_hard_link(secret_, "hardlink");  // a name inside, the file outside
-    const std::string relative = std::filesystem::relative(secret_, tree_.path()).string();
+    const std::string relative = std::filesystem::relative(secret_, dir_.path()).string();
     const std::vector<std::string> hostile = {
         relative, secret_, "..%2F" + relative, "pages/../../x", "a.txt%00.htm", "dirlink/secret.txt",
         "filelink", "dangling", "%2E%2E%2Fsecret.txt", "pages/%2e%2e/%2e%2e/x"};
@@ -128,13 +111,13 @@ TEST_F(FileConversions, HostilePathsStayOutside) {
             {ConvertCreateTemplateFile, "", path.c_str(), ""},
         };
         kx::test::ExpectAll(cases);
-        EXPECT_EQ(Read(secret_), "keep");
+        EXPECT_EQ(ReadFile(secret_), "keep");
     }
     kx::test::ExpectAll({{ConvertCreateFile, "", "hardlink", "0"},
                          {ConvertWriteFile, "new", "hardlink", "0"},
                          {ConvertFileCopy, "hardlink", "a.txt", "0"}});
-    EXPECT_EQ(Read(secret_), "keep");
-    EXPECT_EQ(Read("a.txt"), "alpha");
+    EXPECT_EQ(ReadFile(secret_), "keep");
+    EXPECT_EQ(ReadFile("a.txt"), "alpha");
     EXPECT_FALSE(std::filesystem::exists("copy"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(outside_.path()), {}), 1);
 }

@@ -1,63 +1,41 @@
 // Program calls (without a shell, inside the application's tree, bounded in
 // time) and the network conversions, which only ever address loopback.
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <pwd.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 
 #include "companion/libKXUtils.h"
 #include "support/kx_test.h"
-#include "support/web_server.h"
 
 using kx::test::Convert;
-using kx::test::TempDir;
+using kx::test::ReadFile;
 
 namespace {
 
-std::string Read(const std::string &path) {
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-class ProgramCalls : public kx::test::FreshGlobals {
+class ProgramCalls : public kx::test::InTempDir {
 protected:
     void SetUp() override {
-        FreshGlobals::SetUp();
-        saved_ = std::filesystem::current_path();
+        InTempDir::SetUp();
         // Records its arguments one a line and exits with 3.
         Script("args.sh", "printf '%s\\n' \"$@\" > args.txt; exit 3");
         // A known application: keeps its query and the name of its query file.
         Script("PeerScan.cgi", "cp \"$1\" query.txt; echo \"$1\" > input.txt; printf 'answer' > \"$2\"");
         Script("PeerScat.cgi", "exit 1");
-        list_.Add("SSL", 'n', "on");
-        list_.Add("Server");
-        SetEingabeWert(list_.count(), list_.list(), "Server", "host a");
-        _pEingabe = &list_.list();
-        _pEingabeAnzahl = &list_.count();
-        std::filesystem::current_path(tree_.path());
-    }
-    void TearDown() override {
-        std::filesystem::current_path(saved_);
-        FreshGlobals::TearDown();
+        in_.Add("SSL", 'n', "on");
+        in_.Add("Server");
+        Set("Server", "host a");
+        _pEingabe = &in_.list();
+        _pEingabeAnzahl = &in_.count();
     }
     void Script(const std::string &name, const std::string &body) {
-        const std::string path = tree_.Write(name, "#!/bin/sh\n" + body + "\n");
+        const std::string path = dir_.Write(name, "#!/bin/sh\n" + body + "\n");
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     }
-    std::filesystem::path saved_;
-    TempDir tree_;
-    kx::test::InputList list_;
 };
 
 TEST_F(ProgramCalls, UnknownProgramsGetTheirArgumentsAndGiveTheirStatus) {
@@ -69,20 +47,20 @@ TEST_F(ProgramCalls, UnknownProgramsGetTheirArgumentsAndGiveTheirStatus) {
         {ConvertByCall, "", nullptr, "-1"},
         {ConvertByCallBasic, "1,2,3,4,5,6,7,8,9,10,11", "./args.sh", "3"},
     });
-    EXPECT_EQ(Read("args.txt"), "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n");
+    EXPECT_EQ(ReadFile("args.txt"), "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n");
     Convert(ConvertByCall, "1,2,3,4,5,6,7,8,9,10,11", "args.sh");
-    EXPECT_EQ(Read("args.txt"), "1\n2\n3\n4\n5\n6\n7\n8\n9\n") << "at most 9 for _call,";
+    EXPECT_EQ(ReadFile("args.txt"), "1\n2\n3\n4\n5\n6\n7\n8\n9\n") << "at most 9 for _call,";
     Convert(ConvertByCall, "a,b%2Cc,x;touch pwned,$(touch pwned2)", "args.sh");
-    EXPECT_EQ(Read("args.txt"), "a\nb,c\nx;touch pwned\n$(touch pwned2)\n");
+    EXPECT_EQ(ReadFile("args.txt"), "a\nb,c\nx;touch pwned\n$(touch pwned2)\n");
     EXPECT_FALSE(std::filesystem::exists("pwned") || std::filesystem::exists("pwned2"));
 }
 
 TEST_F(ProgramCalls, KnownApplicationsReadTheQueryFile) {
     EXPECT_EQ(Convert(ConvertByCall, "&Extra=1,fail", "PeerScan.cgi"), "answer");
-    EXPECT_EQ(Read("query.txt"),
+    EXPECT_EQ(ReadFile("query.txt"),
               "SSL=on&Server=host a&CGIDirectory=&RootDirectory=&CGIPath=&RootPath=&AppSuffix=&Application="
               "&Extension=&UserID=&Extra=1&ParameterList=DeleteCopyright--y");
-    std::string input = Read("input.txt");
+    std::string input = ReadFile("input.txt");
     input.pop_back();
     EXPECT_FALSE(std::filesystem::exists(input)) << "the query file is deleted";
     kx::test::ExpectAll({
@@ -131,34 +109,6 @@ TEST(Network, ThousandsOfHosts) {
     EXPECT_EQ(Convert(ConvertToHostname, "", empty.c_str()), unknown);
     EXPECT_EQ(PingRepeat, 0);
     EXPECT_EQ(HostnameRepeat, 0);
-}
-
-// Whether the CGI program may send an ICMP echo: lighttpd started as root
-// runs it as nobody, who needs a ping socket (ping_group_range) or CAP_NET_RAW.
-bool CgiProgramMayPing() {
-    const pid_t child = fork();
-    if (child == 0) {
-        const passwd *nobody = getuid() == 0 ? getpwnam("nobody") : nullptr;
-        if (nobody != nullptr && (setgid(nobody->pw_gid) != 0 || setuid(nobody->pw_uid) != 0)) _exit(1);
-        const bool may = socket(AF_INET, SOCK_DGRAM, IPPROTO_ICMP) >= 0 || socket(AF_INET, SOCK_RAW, IPPROTO_ICMP) >= 0;
-        _exit(may ? 0 : 1);
-    }
-    int status = 1;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-// The sample console's tools page behind lighttpd: one conversion of each
-// family, run by the CGI program in its own folder.
-TEST(ConsoleTools, PageListsCallsAndPings) {
-    const kx::test::ConsoleServer server(KX_CONSOLE_CGI);
-    ASSERT_TRUE(server.running());
-    const kx::test::HttpReply reply = server.Get("/console.cgi?Application=console&Page=tools.htm");
-    ASSERT_EQ(reply.status, 200) << reply.body;
-    for (const char *shown : {"<span id=\"pages\">ini main.htm tools.htm</span>",
-                              "<span id=\"scan\">no peers found for console (asked by tools)</span>",
-                              CgiProgramMayPing() ? "<span id=\"ping\">1</span>" : "<span id=\"ping\">0</span>"})
-        EXPECT_NE(reply.body.find(shown), std::string::npos) << shown << "\n" << reply.body;
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 // Profiles, ini and user files: reading and writing, user ids, the user
-// tree and its confinement, value lists and sort tables.
+// tree and its confinement, value lists and sort tables, under several
+// processes at once.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,33 +20,18 @@ namespace {
 
 namespace fs = std::filesystem;
 using kx::test::HeapText;
-
-std::string Slurp(const std::string &path) {
-    std::string content;
-    if (FILE *f = std::fopen(path.c_str(), "rb")) {
-        for (int c; (c = std::fgetc(f)) != EOF;) content += static_cast<char>(c);
-        std::fclose(f);
-    }
-    return content;
-}
+using kx::test::ReadFile;
 
 // Every test runs in a fresh directory: the application directory of a
 // list without RootPath, RootDirectory and Application pieces.
-class Profile : public kx::test::FreshGlobals {
+class Profile : public kx::test::InTempDir {
 protected:
     void SetUp() override {
-        FreshGlobals::SetUp();
-        saved_ = fs::current_path();
-        fs::current_path(dir_.path());
+        InTempDir::SetUp();
         for (const char *name : {"UserID", "Profile", "NewProfile", "ErrorText", "Columns", "Refresh", "Filter",
                                  "Application", "Keys", "Texts", "Mibname"})
             in_.Add(name);
     }
-    void TearDown() override {
-        fs::current_path(saved_);
-        FreshGlobals::TearDown();
-    }
-    void Set(const char *name, const char *text) { SetEingabeWert(in_.count(), in_.list(), name, text); }
     EingabeElement &At(const char *name) { return in_[EingabewertIndex(name, in_.list(), in_.count())]; }
     std::vector<std::string> Values(const char *name) {
         std::vector<std::string> values;
@@ -56,10 +45,6 @@ protected:
         return WriteIniFile(in_.count(), in_.list(), divider, mode, static_cast<int>(names.size()), names.data(), path,
                             nullptr, nullptr);
     }
-
-    kx::test::TempDir dir_;
-    fs::path saved_;
-    kx::test::InputList in_;
 };
 
 TEST_F(Profile, ReadsIniLinesIntoEntries) {
@@ -111,7 +96,7 @@ TEST_F(Profile, WritesAndAppendsIniFiles) {
         Set("ErrorText", nullptr);
         if (c.before != nullptr) dir_.Write("w.ini", c.before);
         EXPECT_EQ(Write(c.divider, c.mode, {"Columns", "Filter", "Refresh", "Nobody"}, "w.ini"), c.result);
-        EXPECT_EQ(Slurp("w.ini"), c.after ? c.after : "") << c.mode;
+        EXPECT_EQ(ReadFile("w.ini"), c.after ? c.after : "") << c.mode;
         EXPECT_EQ(Error(), c.error);
         EXPECT_EQ(At("Columns").WertPosition, 0);
     }
@@ -121,10 +106,10 @@ TEST_F(Profile, WritesAndAppendsIniFiles) {
     const char *names[] = {"Refresh"};
     ASSERT_EQ(WriteIniFile(in_.count(), in_.list(), "|", "w", 1, names, "s.ini", &stream, &written), 0);
     EXPECT_STREQ(HeapText(written).get(), "s.ini");
-    EXPECT_EQ(Slurp("s.ini"), "|\nRefresh=30\n");
+    EXPECT_EQ(ReadFile("s.ini"), "|\nRefresh=30\n");
     std::fputs("Extra=1\n", stream);
     std::fflush(stream);
-    EXPECT_EQ(Slurp("s.ini"), "|\nRefresh=30\nExtra=1\n");
+    EXPECT_EQ(ReadFile("s.ini"), "|\nRefresh=30\nExtra=1\n");
     std::fclose(stream);
     EXPECT_EQ(Write("|", "w", {"Refresh"}, nullptr), -1);  // no user directory: ENOENT
     EXPECT_EQ(Error(), "WriteIniFile: CreateUIDFile  fails with 2");
@@ -163,7 +148,7 @@ TEST_F(Profile, AllocatesUserIdsAndFindsProfiles) {
     EXPECT_FALSE(fs::exists("uids"));
     Set("UserID", nullptr);
     EXPECT_EQ(CreateUID(in_.count(), in_.list()), 1);
-    EXPECT_EQ(Slurp("uids"), "1");
+    EXPECT_EQ(ReadFile("uids"), "1");
     EXPECT_EQ(Values("UserID"), std::vector<std::string>{"1"});
     Set("UserID", "0");
     EXPECT_EQ(CreateUID(in_.count(), in_.list()), 2);
@@ -221,7 +206,7 @@ TEST_F(Profile, NamedFilesOfTheTrapApplication) {
     char *path = nullptr;
     EXPECT_EQ(WriteNamedUIDFile(in_.count(), in_.list(), "Filter", "|", 1, names, &path), 0);
     EXPECT_STREQ(HeapText(path).get(), "uid/4/Traps/FilterP1");
-    EXPECT_EQ(Slurp("uid/4/Traps/FilterP1"), "|\nFilter=on\nColumns=c\n");
+    EXPECT_EQ(ReadFile("uid/4/Traps/FilterP1"), "|\nFilter=on\nColumns=c\n");
     dir_.Write("uid/4/Traps/Filter", "|\nFilter=plain\n");
     EXPECT_EQ(DeleteNamedUIDFile(in_.count(), in_.list(), "Filter"), 0);
     EXPECT_EQ(ReadNamedUIDFile(in_.count(), in_.list(), "Filter"), 0);
@@ -267,8 +252,8 @@ TEST_F(Profile, ConfinesRequestPathsToTheUserDirectory) {
     Set("Profile", "");
     for (const char *name : {"..", "/x"}) EXPECT_EQ(DeleteNamedUIDFile(in_.count(), in_.list(), name), -1);
     EXPECT_EQ(CreateProfileFileList(in_.count(), in_.list(), nullptr, "../.."), 0);
-    EXPECT_EQ(Slurp("victim"), "|\nFilter=secret\n");
-    EXPECT_EQ(Slurp("uid/victim"), "|\nFilter=secret\n");
+    EXPECT_EQ(ReadFile("victim"), "|\nFilter=secret\n");
+    EXPECT_EQ(ReadFile("uid/victim"), "|\nFilter=secret\n");
     EXPECT_EQ(std::distance(fs::directory_iterator("uid/3"), {}), 0);
 }
 
@@ -374,6 +359,76 @@ TEST_F(Profile, SortTablesKeepTheListsInStep) {
     FreeSortTable(3, table);
     EXPECT_EQ(CreateSortTable(lists, 2, nullptr, &table, 0, 0), 0);
     EXPECT_EQ(table, nullptr);
+}
+
+// --- several processes at once: unique user ids, and no torn file when
+// writers are killed at any moment
+
+TEST_F(Profile, UserIdsStayUniqueAcrossProcesses) {
+    constexpr int kProcesses = 8, kIds = 200;
+    int ids[2];
+    ASSERT_EQ(pipe(ids), 0);
+    std::vector<pid_t> children;
+    for (int p = 0; p < kProcesses; ++p) {
+        const pid_t child = fork();
+        if (child == 0) {
+            close(ids[0]);
+            for (int i = 0; i < kIds; ++i) {
+                Set("UserID", nullptr);
+                const int id = CreateUID(in_.count(), in_.list());
+                if (write(ids[1], &id, sizeof id) != sizeof id) _exit(2);
+            }
+            _exit(0);
+        }
+        children.push_back(child);
+    }
+    close(ids[1]);
+    std::set<int> seen;
+    for (int id; read(ids[0], &id, sizeof id) == sizeof id;) EXPECT_TRUE(seen.insert(id).second) << id;
+    close(ids[0]);
+    for (const pid_t child : children) {
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(seen.size(), static_cast<size_t>(kProcesses * kIds));
+    EXPECT_EQ(*seen.begin(), 1);
+    EXPECT_EQ(*seen.rbegin(), kProcesses * kIds);
+    EXPECT_EQ(ReadFile("uids"), std::to_string(kProcesses * kIds));
+}
+
+// A writer killed with SIGKILL at a random moment leaves every file it was
+// replacing either as it was or as it was to become.
+TEST_F(Profile, KilledWritersLeaveWholeFiles) {
+    fs::create_directories("uid/1");
+    const std::string a(20000, 'a'), b(30000, 'b');
+    const std::set<std::string> profiles = {"", "|\nRefresh=" + a + "\n", "|\nRefresh=" + b + "\n"};
+    const std::set<std::string> named = {"", "|\nFilter=on\nRefresh=" + a + "\n", "|\nFilter=on\nRefresh=" + b + "\n"};
+    const char *names[] = {"Refresh"};
+    srand(12345);
+    for (int round = 0; round < 60; ++round) {
+        const pid_t child = fork();
+        if (child == 0) {
+            for (int i = 0;; ++i) {
+                Set("UserID", "1");
+                Set("Profile", "P");
+                Set("Filter", "on");
+                Set("Refresh", (i % 2 ? a : b).c_str());
+                WriteIniFile(in_.count(), in_.list(), "|", "w", 1, names, nullptr, nullptr, nullptr);
+                WriteNamedUIDFile(in_.count(), in_.list(), "Filter", "|", 1, names, nullptr);
+                Set("UserID", nullptr);
+                CreateUID(in_.count(), in_.list());
+            }
+        }
+        usleep(static_cast<useconds_t>(1000 + rand() % 20000));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        EXPECT_EQ(profiles.count(ReadFile("uid/1/P")), 1u) << round;
+        EXPECT_EQ(named.count(ReadFile("uid/1/FilterP")), 1u) << round;
+        const std::string counter = ReadFile("uids");
+        EXPECT_EQ(counter.find_first_not_of("0123456789"), std::string::npos) << counter;
+    }
+    EXPECT_FALSE(ReadFile("uids").empty());
 }
 
 }  // namespace

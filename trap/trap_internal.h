@@ -2,8 +2,6 @@
 #ifndef KX_TRAP_TRAP_INTERNAL_H
 #define KX_TRAP_TRAP_INTERNAL_H
 
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -13,13 +11,6 @@ namespace kx::trap {
 inline std::string TrapFileExpression(const char *prefix) {
     return std::string(prefix != nullptr ? prefix : "[tT]") + "[0-9]+.*_[0-9]+_[0-9]+.*[.][0-9]+$";
 }
-
-// Owner of a malloc'd block (texts and lists handed between the layers).
-struct FreeDeleter {
-    void operator()(void *block) const { std::free(block); }
-};
-template <typename T>
-using Malloced = std::unique_ptr<T, FreeDeleter>;
 
 // Leading decimal number of text after blanks, with an optional sign (0 when none).
 long long LeadingNumber(const char *text);

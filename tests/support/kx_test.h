@@ -141,6 +141,16 @@ protected:
     }
 };
 
+// A test that runs in a temporary directory of its own (the current one while
+// it lasts) on a list of its own, starting with every keyword unset.
+class InTempDir : public FreshGlobals {
+protected:
+    void Set(const char *name, const char *text) { SetEingabeWert(in_.count(), in_.list(), name, text); }
+    TempDir dir_;
+    CurrentDirectory inside_{dir_.path()};
+    InputList in_;
+};
+
 // Collects what the library writes to its page stream while it lives.
 class CapturedPage {
 public:
