@@ -159,35 +159,30 @@ protected:
     kx::test::CurrentDirectory inside_{dir_.path()};
 };
 
-TEST_F(DefinitionFiles, SetIniValueWritesTheDefault) {
-    dir_.Write("app.ini", "|\nMyPort|n|1\nPort|n|80\nTail|n|end\n");
-    Record(0, "app.ini", '|');
-    SetIniValue({"Port=8080%0AEvil|n|x", "SetIniValue=Port"}, "80");
-    EXPECT_EQ(ReadFile("app.ini"), "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n")
-        << "the key starts a line, and the value ends at its line break";
-}
-
-TEST_F(DefinitionFiles, SetIniValueFallsBackToTheSecondFile) {
-    dir_.Write("a.ini", "|\nOther|n|1\n");
-    dir_.Write("b.ini", "~\nPort~n~80\n");
-    Record(0, "a.ini", '|');
-    Record(1, "b.ini", '~');
-    SetIniValue({"Port=9", "SetIniValue=Port"}, "80");
-    EXPECT_EQ(ReadFile("a.ini"), "|\nOther|n|1\n");
-    EXPECT_EQ(ReadFile("b.ini"), "~\nPort~n~9\n");
-}
-
-TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
-    const char *content = "|\nPort|n|80\n";
-    dir_.Write("app.ini", content);
-    Record(0, std::string(500, 'x').c_str(), '|');  // too long a name is skipped
-    Record(1, "app.ini", '|');
-    for (const Texts &request : {Texts{"SetIniValue=Nobody"}, Texts{"SetIniValue="}, Texts{"Port=", "SetIniValue=Port"}}) {
-        SetIniValue(request);
-        EXPECT_EQ(ReadFile("app.ini"), content) << request.back();
+// SetIniValue writes the value into the first recorded file that has the key
+// at a line start, the value ending at its line break; a recorded name too
+// long is skipped; a target or value without text changes nothing.
+TEST_F(DefinitionFiles, SetIniValueWritesIntoTheRecordedFile) {
+    struct Case { std::string first, second; Texts request; const char *portDefault; std::string firstAfter, secondAfter; };
+    const std::string one = "|\nMyPort|n|1\nPort|n|80\nTail|n|end\n", port = "|\nPort|n|80\n";
+    const Case cases[] = {
+        {one, "", {"Port=8080%0AEvil|n|x", "SetIniValue=Port"}, "80", "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n", ""},
+        {"|\nOther|n|1\n", "~\nPort~n~80\n", {"Port=9", "SetIniValue=Port"}, "80", "|\nOther|n|1\n", "~\nPort~n~9\n"},
+        {"", port, {"SetIniValue=Nobody"}, nullptr, "", port},  // first: a name too long
+        {"", port, {"SetIniValue="}, nullptr, "", port},
+        {"", port, {"Port=", "SetIniValue=Port"}, nullptr, "", port},
+        {"", port, {"Port=5", "SetIniValue=Port"}, nullptr, "", "|\nPort|n|5\n"},
+    };
+    for (const Case &c : cases) {
+        dir_.Write("a.ini", c.first);
+        dir_.Write("b.ini", c.second);
+        Record(0, c.first.empty() ? std::string(500, 'x').c_str() : "a.ini", c.first[0]);
+        Record(1, "b.ini", c.second[0]);
+        SetIniValue(c.request, c.portDefault);
+        EXPECT_EQ(ReadFile("b.ini"), c.secondAfter) << c.request.front();
+        if (!c.first.empty()) EXPECT_EQ(ReadFile("a.ini"), c.firstAfter) << c.request.front();
+        TearDown();
     }
-    SetIniValue({"Port=5", "SetIniValue=Port"});
-    EXPECT_EQ(ReadFile("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
 }
 
 // Eight processes save eight different values again and again, each

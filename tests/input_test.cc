@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "companion/libKXUtils.h"
 #include "support/kx_test.h"
 
 namespace {
@@ -220,11 +221,12 @@ TEST(RequestText, ElementRanges) {
 
 TEST(RequestText, BaseNames) {
     struct Case { const char *path; std::size_t offset; };
-    for (const Case &c : {Case{"a/b\\c.html", 4}, {"a\\b/c.html", 4}, {"c.html", 0}, {"/", 1}, {"", 0}, {"dir/", 4}}) {
-        EXPECT_EQ(HTMLBasename(c.path), c.path + c.offset) << c.path;
-        EXPECT_EQ(ErmittleProgrammname(c.path), c.path + c.offset) << c.path;
-    }
+    for (const Case &c : {Case{"a/b\\c.html", 4}, {"a\\b/c.html", 4}, {"c.html", 0}, {"/", 1}, {"", 0}, {"dir/", 4},
+                          {"/usr/bin/prog", 9}})
+        for (const char *base : {HTMLBasename(c.path), ErmittleProgrammname(c.path), KXUtilsBasename(c.path, 0)})
+            EXPECT_EQ(base, c.path + c.offset) << c.path;
     EXPECT_EQ(HTMLBasename(nullptr), nullptr);
+    EXPECT_EQ(KXUtilsBasename(nullptr, 0), nullptr);
 }
 
 TEST(ApplicationName, OnlyPlainNamesPass) {
