@@ -35,10 +35,7 @@ void Declare(InputList &l) {
     for (const auto &[name, kind] : entries) l.Add(name, kind);
 }
 
-struct Case {
-    Texts elements;
-    const char *entry, *values, *pressed;
-};
+struct Case { Texts elements; const char *entry, *values, *pressed; };
 
 const Case kCases[] = {
     {{"Name=a%20b"}, "Name", "[a b]", nullptr}, {{"Name=a+b%2Fc"}, "Name", "[a b/c]", nullptr},
@@ -135,14 +132,8 @@ TEST(AssignmentActions, ParameterListDeclaresItsPairs) {
 }
 
 // Runs the test body inside a directory of its own, and puts everything back.
-class DefinitionFiles : public ::testing::Test {
+class DefinitionFiles : public kx::test::InTempDir {
 protected:
-    void TearDown() override {
-        for (char *&name : _IniFilename) {
-            std::free(name);
-            name = nullptr;
-        }
-    }
     static void Record(int file, const char *name, char sign) {
         _IniFilename[file] = strdup(name);
         _IniFilenameDivideSign[file] = sign;
@@ -154,9 +145,6 @@ protected:
         l.Add("SetIniValue");
         Assign(l, request);
     }
-
-    kx::test::TempDir dir_;
-    kx::test::CurrentDirectory inside_{dir_.path()};
 };
 
 // SetIniValue writes the value into the first recorded file that has the key
@@ -181,7 +169,7 @@ TEST_F(DefinitionFiles, SetIniValueWritesIntoTheRecordedFile) {
         SetIniValue(c.request, c.portDefault);
         EXPECT_EQ(ReadFile("b.ini"), c.secondAfter) << c.request.front();
         if (!c.first.empty()) EXPECT_EQ(ReadFile("a.ini"), c.firstAfter) << c.request.front();
-        TearDown();
+        kx::test::ForgetDefinitionFiles();
     }
 }
 
@@ -267,20 +255,14 @@ TEST_F(DefinitionFiles, RefusedSavesAreReported) {
         EXPECT_EQ(l.ValuesOf("ErrorText"),
                   saved ? "" : std::string("[SetIniValue: Port was not saved (") + c.reason + ")]")
             << c.what;
-        std::free(_IniFilename[0]);
-        _IniFilename[0] = nullptr;
+        kx::test::ForgetDefinitionFiles();
     }
 }
 
 // --- changing a file in place
 
-struct FileCase {
-    std::string before;
-    const char *key, *text, *stopSet;
-    int stopSetLength;
-    int result;
-    std::string after;  // empty: the file is unchanged
-};
+struct FileCase {  // after empty: the file is unchanged
+    std::string before; const char *key, *text, *stopSet; int stopSetLength, result; std::string after; };
 
 const FileCase kFileCases[] = {
     {"k;n;old\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\nrest"},
@@ -321,13 +303,7 @@ TEST(FileContent, MissingFileAndArguments) {
 // read-only file refused, a symbolic link written through to its target.
 TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
     enum Other { kNone, kAbandoned, kLive };  // another writer's temporary file
-    struct Case {
-        const char *what;
-        mode_t mode;
-        bool link;
-        Other other;
-        int result;
-    };
+    struct Case { const char *what; mode_t mode; bool link; Other other; int result; };
     const Case cases[] = {
         {"plain", 0640, false, kNone, 0},
         {"abandoned temporary", 0600, false, kAbandoned, 0},

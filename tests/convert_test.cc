@@ -10,6 +10,7 @@
 #include <cstring>
 #include <ctime>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "companion/libKXUtils.h"
@@ -37,11 +38,7 @@ std::string Chain(std::string text, const char *value) {
 // The results of one handler: argument, value and the text it must give.
 struct Handler {
     KonvertierungsFunktion handler;
-    struct Row {
-        std::string argument;
-        const char *value;
-        std::string result;
-    };
+    struct Row { std::string argument; const char *value; std::string result; };
     std::vector<Row> rows;
 };
 
@@ -193,14 +190,11 @@ TEST_F(Conversions, EdgesOfSingleHandlers) {
 }
 
 TEST_F(Conversions, LastOccurrence) {
-    const char text[] = "a-b-c", overlapping[] = "aaa";
-    EXPECT_EQ(KXUtils_strrstr(text, "-"), text + 3);
-    EXPECT_EQ(KXUtils_strrstr(text, "b-c"), text + 2);
-    EXPECT_EQ(KXUtils_strrstr(text, "x"), nullptr);
-    EXPECT_EQ(KXUtils_strrstr(text, ""), text + 5);
-    EXPECT_EQ(KXUtils_strrstr(overlapping, "aa"), overlapping + 1);
-    EXPECT_EQ(KXUtils_strrstr(nullptr, "a"), nullptr);
-    EXPECT_EQ(KXUtils_strrstr(text, nullptr), nullptr);
+    const char text[] = "a-b-c", aaa[] = "aaa";
+    const std::tuple<const char *, const char *, const char *> cases[] = {
+        {text, "-", text + 3}, {text, "b-c", text + 2}, {text, "x", nullptr}, {text, "", text + 5},
+        {aaa, "aa", aaa + 1}, {nullptr, "a", nullptr}, {text, nullptr, nullptr}};
+    for (const auto &[in, needle, found] : cases) EXPECT_EQ(KXUtils_strrstr(in, needle), found) << in << " " << needle;
 }
 
 TEST_F(Conversions, ValueIndexWithinTheRunOfTheKey) {

@@ -30,45 +30,22 @@ std::string Message(const std::string &file, int line, const std::string &missin
 
 // Each test runs in a directory of its own with fresh keyword indexes and no
 // recorded definition files, and sees what the library writes to its page.
-class Definition : public kx::test::FreshGlobals {
+class Definition : public kx::test::InTempDir {
 protected:
-    void SetUp() override {
-        FreshGlobals::SetUp();
-        ForgetRecords();
-    }
-    void TearDown() override {
-        ForgetRecords();
-        FreshGlobals::TearDown();
-    }
-    static void ForgetRecords() {
-        for (int slot = 0; slot < 2; ++slot) {
-            std::free(_IniFilename[slot]);
-            _IniFilename[slot] = nullptr;
-            _IniFilenameDivideSign[slot] = '\0';
-        }
-    }
     int Read(const std::string &application) {
-        return ErmittleEingabe(application.c_str(), &owned.list(), &owned.count(), nullptr, 0);
+        return ErmittleEingabe(application.c_str(), &in_.list(), &in_.count(), nullptr, 0);
     }
     int Read2(const std::string &application, const char *programPath = nullptr) {
-        return ErmittleEingabe2(application.c_str(), &owned.list(), &owned.count(), nullptr, programPath, 0);
+        return ErmittleEingabe2(application.c_str(), &in_.list(), &in_.count(), nullptr, programPath, 0);
     }
-    std::string Entries() { return Describe(owned.list(), owned.count()); }
+    std::string Entries() { return Describe(in_.list(), in_.count()); }
 
-    kx::test::TempDir tree;
-    CurrentDirectory inside{tree.path()};
-    InputList owned;
     kx::test::CapturedPage page;
 };
 
-// A definition in memory or in the file App.ini, the entries it declares and
-// the messages it writes.
-struct Case {
-    const char *what;
-    std::string block;  // in memory unless file is set
-    bool file;
-    std::string entries, messages;
-};
+// A definition in memory or in the file App.ini (block is the file's content
+// when file is set), the entries it declares and the messages it writes.
+struct Case { const char *what; std::string block; bool file; std::string entries, messages; };
 
 const std::string kLong(10000, 'x');
 const std::string kPiece(4095 - 7, 'x');  // lines count 4095 bytes, the rest is dropped
@@ -104,9 +81,9 @@ const Case kCases[] = {
 TEST_F(Definition, DeclaresTheEntriesOfEachLine) {
     for (const Case &c : kCases) {
         SCOPED_TRACE(c.what);
-        owned.Clear();
+        in_.Clear();
         kx::test::CapturedPage messages;
-        if (c.file) tree.Write("App.ini", c.block);
+        if (c.file) dir_.Write("App.ini", c.block);
         ASSERT_EQ(Read(c.file ? std::string("App") : c.block), 0);
         EXPECT_EQ(Entries(), c.entries);
         EXPECT_EQ(messages.Text(), c.messages);
@@ -124,8 +101,8 @@ TEST_F(Definition, EarlierEntryIsUpdatedAndKeywordsRecordedCaseSensitively) {
     EXPECT_EQ(iRootPath, 0);
     ASSERT_EQ(Read(Block({"|", "X|n|", "RootPath|j|/new", "server|n|", "Server|n|", "Ersetzungsanfang|n|{",
                           "Ersetzungsende|n|}", "CGIPath|n|", "AppSuffix|n|"})), 0);
-    EXPECT_EQ(owned[0].Art, 'j');
-    EXPECT_STREQ(owned[0].Vorgabe, "/new");
+    EXPECT_EQ(in_[0].Art, 'j');
+    EXPECT_STREQ(in_[0].Vorgabe, "/new");
     const std::pair<int, int> indexes[] = {{iRootPath, 0}, {iServer, 3}, {iErsetzungsAnfang, 4}, {iErsetzungsEnde, 5},
                                            {iCGIPath, 6}, {iAppSuffix, 7}, {iApplication, -1}};
     for (const auto &[index, expected] : indexes) EXPECT_EQ(index, expected);
@@ -133,37 +110,37 @@ TEST_F(Definition, EarlierEntryIsUpdatedAndKeywordsRecordedCaseSensitively) {
 
 TEST_F(Definition, BadArgumentsAndMissingFiles) {
     const std::string block = Block({"|", "A|n|1"});
-    EXPECT_EQ(ErmittleEingabe(block.c_str(), nullptr, &owned.count(), nullptr, 0), 1);
-    EXPECT_EQ(ErmittleEingabe2(block.c_str(), &owned.list(), nullptr, nullptr, nullptr, 0), 1);
+    EXPECT_EQ(ErmittleEingabe(block.c_str(), nullptr, &in_.count(), nullptr, 0), 1);
+    EXPECT_EQ(ErmittleEingabe2(block.c_str(), &in_.list(), nullptr, nullptr, nullptr, 0), 1);
     EXPECT_EQ(_pEingabe, nullptr);
-    EXPECT_EQ(ErmittleEingabe(nullptr, &owned.list(), &owned.count(), nullptr, 0), 1);
+    EXPECT_EQ(ErmittleEingabe(nullptr, &in_.list(), &in_.count(), nullptr, 0), 1);
     EXPECT_EQ(page.Text(), "<! ErmittleEingabe: Anwendung == NULL>\n");
     ASSERT_EQ(Read(block), 0);
-    tree.Write("Dir.ini/inside", "");
-    tree.Write("Empty.ini", "");
+    dir_.Write("Dir.ini/inside", "");
+    dir_.Write("Empty.ini", "");
     for (const char *name : {"Missing", "Empty", "Dir"}) EXPECT_EQ(Read(name), 1) << name;
     EXPECT_EQ(Entries(), "A|n|1\n") << "the list is left as it was";
 }
 
 TEST_F(Definition, FirstCallRecordsTheListHandlesAndNeedsNoInitialisedList) {
-    owned.list() = reinterpret_cast<EingabeElement *>(0x10);  // never read: the count is 0
+    in_.list() = reinterpret_cast<EingabeElement *>(0x10);  // never read: the count is 0
     ASSERT_EQ(Read(Block({"|", "A|n|1"})), 0);
     InputList other;
     ASSERT_EQ(ErmittleEingabe(Block({"|", "B|n|"}).c_str(), &other.list(), &other.count(), nullptr, 0), 0);
-    EXPECT_EQ(_pEingabe, &owned.list());
-    EXPECT_EQ(_pEingabeAnzahl, &owned.count());
+    EXPECT_EQ(_pEingabe, &in_.list());
+    EXPECT_EQ(_pEingabeAnzahl, &in_.count());
     EXPECT_EQ(Entries(), "A|n|1\n");
 }
 
 TEST_F(Definition, RequestedNameIsDecodedAndCannotLeaveTheSearchPlaces) {
-    tree.Write("app/My App.ini", "|\nA|n|1\n");
-    tree.Write("passwd.ini", "|\nOutside|n|1\n");  // outside the application's directory app/
-    tree.Write("app/passwd.ini", "|\nInside|n|1\n");
-    CurrentDirectory application(tree.path() + "/app");
+    dir_.Write("app/My App.ini", "|\nA|n|1\n");
+    dir_.Write("passwd.ini", "|\nOutside|n|1\n");  // outside the application's directory app/
+    dir_.Write("app/passwd.ini", "|\nInside|n|1\n");
+    CurrentDirectory application(dir_.path() + "/app");
     ASSERT_EQ(Read("My%20App"), 0);
     EXPECT_EQ(Entries(), "A|n|1\n");
     for (const std::string &name : {std::string("..%2F..%2Fetc%2Fpasswd"), std::string("..%2Fpasswd"),
-                                    std::string("..%5Cpasswd"), std::string("../passwd"), tree.path() + "/passwd"}) {
+                                    std::string("..%5Cpasswd"), std::string("../passwd"), dir_.path() + "/passwd"}) {
         InputList list;
         EXPECT_EQ(ErmittleEingabe(name.c_str(), &list.list(), &list.count(), nullptr, 0), 0) << name;
         EXPECT_EQ(Describe(list.list(), list.count()), "Inside|n|1\n") << name;
@@ -173,9 +150,9 @@ TEST_F(Definition, RequestedNameIsDecodedAndCannotLeaveTheSearchPlaces) {
 // --- the second form: the definition beside the program, and the record
 
 TEST_F(Definition, FallsBackBesideTheProgram) {
-    tree.Write("bin/Prog.ini", "~\nA~n~1\nbroken\n");
-    tree.Write("bin/sub/Sub.ini", "|\nA|n|1\n");
-    tree.Write("bin/My%20App.ini", "|\nA|n|1\n");
+    dir_.Write("bin/Prog.ini", "~\nA~n~1\nbroken\n");
+    dir_.Write("bin/sub/Sub.ini", "|\nA|n|1\n");
+    dir_.Write("bin/My%20App.ini", "|\nA|n|1\n");
     struct Case { const char *application, *program, *recorded; char sign; };
     const Case cases[] = {
         {"Prog", "bin/prog.cgi", "bin/Prog.ini", '~'},
@@ -183,32 +160,32 @@ TEST_F(Definition, FallsBackBesideTheProgram) {
         {"My%20App", "bin/prog.cgi", "bin/My%20App.ini", '|'},  // the name kept undecoded
     };
     for (const Case &c : cases) {
-        ForgetRecords();
+        kx::test::ForgetDefinitionFiles();
         ASSERT_EQ(Read2(c.application, c.program), 0) << c.application;
         EXPECT_STREQ(_IniFilename[0], c.recorded);
         EXPECT_EQ(_IniFilenameDivideSign[0], c.sign);
     }
     EXPECT_EQ(page.Text(), Message("bin/Prog.ini", 3, "Name", "~")) << "messages name the path that was opened";
     EXPECT_EQ(Entries(), "A|n|1\n");
-    ForgetRecords();
+    kx::test::ForgetDefinitionFiles();
     for (const char *program : {"prog.cgi", static_cast<const char *>(nullptr)}) EXPECT_EQ(Read2("Prog", program), 1);
     EXPECT_EQ(Read2("Missing", "bin/prog.cgi"), 1);
     EXPECT_EQ(_IniFilename[0], nullptr) << "no directory part, no fallback";
 }
 
 TEST_F(Definition, FallbackStaysInTheProgramDirectory) {
-    tree.Write("secret.ini", "|\nOutside|n|1\n");
-    tree.Write("bin/secret.ini", "|\nInside|n|1\n");
-    tree.Write("work/empty", "");
-    CurrentDirectory work(tree.path() + "/work");
-    ASSERT_EQ(Read2("../secret", (tree.path() + "/bin/prog.cgi").c_str()), 0);
+    dir_.Write("secret.ini", "|\nOutside|n|1\n");
+    dir_.Write("bin/secret.ini", "|\nInside|n|1\n");
+    dir_.Write("work/empty", "");
+    CurrentDirectory work(dir_.path() + "/work");
+    ASSERT_EQ(Read2("../secret", (dir_.path() + "/bin/prog.cgi").c_str()), 0);
     EXPECT_EQ(Entries(), "Inside|n|1\n");
 }
 
 TEST_F(Definition, RecordsTheFirstTwoFilesOnly) {
-    tree.Write("One.ini", "|\nA|n|1\n");
-    tree.Write("Two.ini", "~\nB~n~1\n");
-    tree.Write("Three.ini", "#\nC#n#1\n");
+    dir_.Write("One.ini", "|\nA|n|1\n");
+    dir_.Write("Two.ini", "~\nB~n~1\n");
+    dir_.Write("Three.ini", "#\nC#n#1\n");
     ASSERT_EQ(Read2(std::string("^\0D^n^1\0\0", 9)), 0);  // a definition in memory is no file
     ASSERT_EQ(Read("One"), 0);                            // the first form keeps none
     for (const char *name : {"Two", "Three", "One"}) ASSERT_EQ(Read2(name), 0) << name;
@@ -216,13 +193,7 @@ TEST_F(Definition, RecordsTheFirstTwoFilesOnly) {
     EXPECT_EQ(_IniFilenameDivideSign[0], '~');
     EXPECT_STREQ(_IniFilename[1], "Three.ini");
     EXPECT_EQ(_IniFilenameDivideSign[1], '#');
-    EXPECT_EQ(owned.count(), 4);
-}
-
-TEST_F(Definition, RecordShowsTheSearchedName) {
-    tree.Write("Korvanetix/Korvanetix.ini", "|\nA|n|1\n");
-    ASSERT_EQ(Read2("PeerScan"), 0);
-    EXPECT_STREQ(_IniFilename[0], "PeerScan.ini");
+    EXPECT_EQ(in_.count(), 4);
 }
 
 // --- SearchForFile and the paths built from directory pieces
@@ -236,16 +207,16 @@ protected:
         block.push_back('\0');
         for (const std::string &line : lines) block.append(line).push_back('\0');
         block.push_back('\0');
-        ASSERT_EQ(ErmittleEingabe(block.c_str(), &owned.list(), &owned.count(), nullptr, 0), 0);
+        ASSERT_EQ(ErmittleEingabe(block.c_str(), &in_.list(), &in_.count(), nullptr, 0), 0);
     }
     std::string Found(const char *name, const std::string &settings = {}, int settingsCount = 0) {
-        const char *found = SearchForFile(name, owned.list(), owned.count(), settings.empty() ? nullptr : settings.c_str(),
+        const char *found = SearchForFile(name, in_.list(), in_.count(), settings.empty() ? nullptr : settings.c_str(),
                                           settingsCount, nullptr);
         return found != nullptr ? found : "(none)";
     }
     std::string ApplicationFilePath(const char *directory, const char *file) {
         char buffer[KX_PATH_SIZE];
-        CreateApplicationFilePath(owned.list(), owned.count(), buffer, directory, file);
+        CreateApplicationFilePath(in_.list(), in_.count(), buffer, directory, file);
         return buffer;
     }
 };
@@ -286,7 +257,7 @@ TEST_F(Search, FindsTheFirstPlaceInOrder) {
         kx::test::TempDir place;
         kx::test::CurrentDirectory into{place.path()};
         for (const std::string &file : c.files) place.Write(file, "x");
-        owned.Clear();
+        in_.Clear();
         SetUp();
         Declare(c.entries);
         EXPECT_EQ(Found("x.ini", c.settings, c.settingsCount), c.expected);
@@ -294,30 +265,32 @@ TEST_F(Search, FindsTheFirstPlaceInOrder) {
 }
 
 TEST_F(Search, EntryValuesAndTheKeywordsOfTheList) {
-    tree.Write("value/x.ini", "x");
-    tree.Write("base/x.ini", "x");
+    dir_.Write("value/x.ini", "x");
+    dir_.Write("base/x.ini", "x");
     Declare({"A|n|", "RootPath|n|base", "CGIPath|n|default"});
     EXPECT_EQ(Found("x.ini"), "base/x.ini");
     // A shorter list than the one that declared the keywords: nothing past it is read.
-    EXPECT_EQ(SearchForFile("x.ini", owned.list(), 1, nullptr, 0, nullptr), nullptr);
-    owned.Clear();
+    EXPECT_EQ(SearchForFile("x.ini", in_.list(), 1, nullptr, 0, nullptr), nullptr);
+    in_.Clear();
     SetUp();
     Declare({"CGIPath|n|default"});
-    owned[0].Wert = strdup("--value");
-    owned[0].WertPosition = 2;
+    in_[0].Wert = strdup("--value");
+    in_[0].WertPosition = 2;
     EXPECT_EQ(Found("x.ini"), "value/x.ini") << "the current value wins over the default";
 }
 
 TEST_F(Search, PeerScanFallsBackToTheConsoleDefinition) {
-    tree.Write("Korvanetix/Korvanetix.ini", "|\nConsole|n|1\n");
+    dir_.Write("Korvanetix/Korvanetix.ini", "|\nConsole|n|1\n");
     EXPECT_EQ(Found("peerscan.INI"), "Korvanetix/Korvanetix.ini");
     EXPECT_EQ(Found("Other.ini"), "(none)");
-    ASSERT_EQ(ErmittleEingabe("PeerScan", &owned.list(), &owned.count(), nullptr, 0), 0);
-    EXPECT_EQ(kx::test::Describe(owned.list(), owned.count()), "Console|n|1\n");
+    ASSERT_EQ(ErmittleEingabe("PeerScan", &in_.list(), &in_.count(), nullptr, 0), 0);
+    EXPECT_EQ(kx::test::Describe(in_.list(), in_.count()), "Console|n|1\n");
+    ASSERT_EQ(Read2("PeerScan"), 0);
+    EXPECT_STREQ(_IniFilename[0], "PeerScan.ini") << "the record shows the name searched for";
 }
 
 TEST_F(Search, OpensTheFileFoundAndSearchesAnEarlierResultAgain) {
-    tree.Write("Korvanetix/x.ini", "content");
+    dir_.Write("Korvanetix/x.ini", "content");
     FILE *stream = reinterpret_cast<FILE *>(0x10);
     EXPECT_EQ(SearchForFile("missing.ini", nullptr, 0, nullptr, 0, &stream), nullptr);
     EXPECT_EQ(stream, nullptr) << "cleared when nothing is found";
@@ -354,11 +327,11 @@ TEST_F(Search, ApplicationFilePath) {
     Declare({"RootPath|n|base", "RootDirectory|n|root", "Application|n|app"});
     EXPECT_EQ(ApplicationFilePath("data%5C", "sub\\new.txt"), "base/root/app/data/sub/new.txt") << "where it belongs";
     EXPECT_EQ(ApplicationFilePath(nullptr, "new.txt"), "base/root/app/new.txt");
-    tree.Write("base/root/app/data/f.txt", "x");
+    dir_.Write("base/root/app/data/f.txt", "x");
     EXPECT_EQ(ApplicationFilePath("data%2F", "f.txt"), "base/root/app/data/f.txt") << "where it is";
-    tree.Write("data/f.txt", "x");
+    dir_.Write("data/f.txt", "x");
     EXPECT_EQ(ApplicationFilePath("data%2F", "f.txt"), "data/f.txt");
-    owned.Clear();
+    in_.Clear();
     SetUp();
     Declare({"Application|n|app"});  // without RootPath, RootDirectory and Application still place the file
     EXPECT_EQ(ApplicationFilePath("d/", "new.txt"), "app/d/new.txt");

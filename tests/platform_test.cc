@@ -83,10 +83,7 @@ TEST(Parser, RegularExpressionsAndCase) {
 using Comparison = int (*)(const char *, const char *);
 
 // The six functions of one kind, in the order == != <= >= < >.
-struct Kind {
-    const char *name;
-    Comparison functions[6];
-};
+struct Kind { const char *name; Comparison functions[6]; };
 
 const Kind kText{"text", {TextCompareEqual, TextCompareNotEqual, TextCompareLowerEqual, TextCompareGreaterEqual,
                           TextCompareLower, TextCompareGreater}};
@@ -321,12 +318,13 @@ std::vector<std::string> Lines(const KXSnmpVar *records, int count) {
     return lines;
 }
 
+// A record to write; the writer takes texts it does not change.
+KXSnmpVar Var(const char *oid, const char *type, const char *value) {
+    return {const_cast<char *>(oid), const_cast<char *>(type), const_cast<char *>(value)};
+}
+
 TEST(TrapFileText, WholeBrokenAndBinaryFiles) {
-    struct Case {
-        std::string text;
-        int result;
-        std::vector<std::string> lines;
-    };
+    struct Case { std::string text; int result; std::vector<std::string> lines; };
     const std::string mac("|OCTETSTRING|\x00\x19\x99\x0A\x0B\x0C", 19);
     const std::vector<Case> cases = {
         {kHead + "\t\t\n1.3.6.1.4.1.99999\tIPADDRESS\t10.0.0.1\n1.3.6.1.4.1.99999.5\tOCTETSTRING\t%00%19%99%0a%0B%0C\nEND\n",
@@ -361,15 +359,13 @@ TEST(TrapFileDisk, WrittenWholeAndReadBack) {
     const TempDir dir;
     const std::string path = dir.path() + "/T0001.42";
     const std::string value("\x00\x19\x99\x0A\x0B\x0C", 6);
-    const KXSnmpVar records[] = {{nullptr, const_cast<char *>("TIMETICKS"), const_cast<char *>("12")},
-                                 {const_cast<char *>("1.3.6.1.4.1.99999"), nullptr, const_cast<char *>("10.0.0.1")},
-                                 {const_cast<char *>("1.3.6.1.4.1.99999.5"), const_cast<char *>("OCTETSTRING"),
-                                  const_cast<char *>(value.data())}};
+    const KXSnmpVar records[] = {Var(nullptr, "TIMETICKS", "12"), Var("1.3.6.1.4.1.99999", nullptr, "10.0.0.1"),
+                                 Var("1.3.6.1.4.1.99999.5", "OCTETSTRING", value.data())};
     const size_t lengths[] = {2, 8, 6};
     ASSERT_EQ(KXSnmpFileWrite(path.c_str(), records, lengths, 3), 0);
     size_t length = 0;
     HeapText text(KXSnmpFileFormatText(records, lengths, 3, &length));
-    EXPECT_EQ(std::string(text.get(), length),
+    EXPECT_EQ(std::string(text.Get(), length),
               kHead + "\tTIMETICKS\t12\n1.3.6.1.4.1.99999\t\t10.0.0.1\n"
                       "1.3.6.1.4.1.99999.5\tOCTETSTRING\t%00%19%99%0A%0B%0C\nEND\n");
     KXSnmpVar *read = nullptr;
@@ -391,8 +387,8 @@ TEST(TrapFileDisk, ReadersNeverSeeAPartOfAFile) {
     const TempDir dir;
     const std::string path = dir.path() + "/T0002.7";
     const auto version = [](int count) {
-        return std::vector<KXSnmpVar>(static_cast<size_t>(count), KXSnmpVar{const_cast<char *>("1.3.6.1.2.1.1.5.0"),
-                                      const_cast<char *>("OCTETSTRING"), const_cast<char *>("a value of some length")});
+        return std::vector<KXSnmpVar>(static_cast<size_t>(count),
+                                      Var("1.3.6.1.2.1.1.5.0", "OCTETSTRING", "a value of some length"));
     };
     const std::vector<KXSnmpVar> small = version(300), large = version(3000);
     ASSERT_EQ(KXSnmpFileWrite(path.c_str(), small.data(), nullptr, 300), 0);

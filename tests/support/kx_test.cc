@@ -23,6 +23,14 @@ std::string ReadFile(const std::string &path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+void ForgetDefinitionFiles() {
+    for (int slot = 0; slot < 2; ++slot) {
+        std::free(_IniFilename[slot]);
+        _IniFilename[slot] = nullptr;
+        _IniFilenameDivideSign[slot] = '\0';
+    }
+}
+
 TempDir::TempDir() {
     std::string pattern = (std::filesystem::temp_directory_path() / "kxtest.XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) std::abort();
