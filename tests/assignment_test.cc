@@ -110,7 +110,6 @@ TEST(AssignmentActions, PLSetIsDeclaredOnceAndStopsTheActions) {
     const int index = EingabewertIndex("PLSet", l.list(), l.count());
     ASSERT_LT(index, l.count());
     EXPECT_STREQ(l[index].Vorgabe, "yes");
-    ASSERT_NE(KXGetMibPath(), nullptr);
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs");
     Assign(l, {"MibPath=/other"});
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs") << "the second call only assigns";
@@ -265,31 +264,25 @@ struct FileCase {  // after empty: the file is unchanged
     std::string before; const char *key, *text, *stopSet; int stopSetLength, result; std::string after; };
 
 const FileCase kFileCases[] = {
-    {"k;n;old\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\nrest"},
+    {"k;n;old\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\nrest"}, {"k;n;old", "k;n;", "new", "\n\r", 2, -1, ""},
     {"k;n;old\r\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\r\nrest"},
-    {"k;n;old\nrest", "k;n;", nullptr, "\n\r", 2, 0, "k;n;\nrest"},
+    {"k;n;old\nrest", "k;n;", nullptr, "\n\r", 2, 0, "k;n;\nrest"}, {"k;n;old\n", "k;n;", "new", nullptr, 2, -1, ""},
     {"k;n;a\nk;n;b\n", "k;n;", "X", "\n\r", 2, 0, "k;n;X\nk;n;b\n"},
     {"k;n;\n", "k;n;", "longer value", "\n\r", 2, 0, "k;n;longer value\n"},
-    {"k;n;old", "k;n;", "new", "\n\r", 2, -1, ""},
     {"k;n;old", "k;n;", "new", "\n\r", 3, 0, "k;n;new"},  // the NUL is in the set
     {"k;n;old", "k;n;", "new", "\n\r", 99, 0, "k;n;new"},  // a set never reaches past its NUL
-    {"x;n;old\n", "k;n;", "new", "\n\r", 2, -1, ""},
-    {"k;n;old\n", "", "new", "\n\r", 2, -1, ""},
-    {"k;n;old\n", "k;n;", "new", nullptr, 2, -1, ""},
+    {"x;n;old\n", "k;n;", "new", "\n\r", 2, -1, ""}, {"k;n;old\n", "", "new", "\n\r", 2, -1, ""},
     {std::string("k;n;old\nA\0B", 11), "k;n;", "v", "\n", 1, 0, std::string("k;n;v\nA\0B", 9)},
 };
 
-TEST(FileContent, ChangeFileContent) {
+TEST(FileContent, ChangeFileContentAndBadArguments) {
     for (const FileCase &c : kFileCases) {
         kx::test::TempDir dir;
         const std::string path = dir.Write("f.ini", c.before);
         EXPECT_EQ(ChangeFileContent(path.c_str(), c.key, c.text, c.stopSet, c.stopSetLength), c.result) << c.before;
         EXPECT_EQ(kx::test::ReadFile(path), c.after.empty() ? c.before : c.after) << c.before;
     }
-}
-
-TEST(FileContent, MissingFileAndArguments) {
-    kx::test::TempDir dir;
+    kx::test::TempDir dir;  // a missing file and missing arguments
     const std::string path = dir.path() + "/none.ini";
     EXPECT_EQ(ChangeFileContent(path.c_str(), "k", "v", "\n", 1), -1);
     EXPECT_FALSE(std::filesystem::exists(path));
@@ -305,10 +298,8 @@ TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
     enum Other { kNone, kAbandoned, kLive };  // another writer's temporary file
     struct Case { const char *what; mode_t mode; bool link; Other other; int result; };
     const Case cases[] = {
-        {"plain", 0640, false, kNone, 0},
-        {"abandoned temporary", 0600, false, kAbandoned, 0},
-        {"temporary being written", 0600, false, kLive, 0},
-        {"read-only", 0444, false, kNone, -1},
+        {"plain", 0640, false, kNone, 0}, {"abandoned temporary", 0600, false, kAbandoned, 0},
+        {"temporary being written", 0600, false, kLive, 0}, {"read-only", 0444, false, kNone, -1},
         {"through a link", 0644, true, kNone, 0},
     };
     for (const Case &c : cases) {

@@ -90,8 +90,7 @@ TEST_F(Placeholders, SelectionWidenedByRatioOrIndexed) {
     SetList("State", {"a", "b", "c", "d", "e", "f"});
     EXPECT_EQ(Replace("{State[{Typ[CPU]}]}"), "4|State_CPU||-1");
     EXPECT_EQ(Values("State_CPU"), "[a][b][e][f]");
-    TearDown();
-    SetUp();
+    Fresh();
     SetList("State", {"ok", "bad", "warn", "x"});
     EXPECT_EQ(Replace("{State[{Typ[CPU[1]]}]}"), "2|State_CPU||1");
     EXPECT_EQ(Values("State_CPU"), "[bad][x]");
@@ -105,8 +104,7 @@ TEST_F(Placeholders, SeveralCandidatesSkipUnknownValuesAndTheLastKeepsNoValue) {
     SetList("State", {"ok", "fine", "warn"});
     EXPECT_EQ(Replace("{State[{Typ[Fan|Disk]}]}"), "1|State_Fan||-1");
     EXPECT_EQ(Values("State_Fan"), "[fine]");
-    TearDown();
-    SetUp();
+    Fresh();
     SetList("State", {"NOVALUE", "x", "y"});
     EXPECT_EQ(Replace("{State[{Typ[Disk|CPU]}]}"), "2|State_CPU||-1") << "the last candidate is taken";
     EXPECT_EQ(Values("State_CPU"), "[NOVALUE][y]");

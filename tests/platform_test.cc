@@ -147,8 +147,7 @@ TEST(KXUtils, WholeFileOperations) {
     EXPECT_EQ(KXUtilsReadFileToMemoryErrorOutput(missing.c_str(), &buffer, &error, &message), -1);
     EXPECT_EQ(buffer, nullptr);
     EXPECT_EQ(error, ENOENT);
-    ASSERT_NE(message, nullptr);
-    KXUtilsFreeResources(message);
+    EXPECT_NE(HeapText(message).get(), nullptr);
     EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput(path.c_str(), "hello", 0, &error, nullptr), 1);
     EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput(path.c_str(), "hello", 4, &error, nullptr), 1);
     EXPECT_EQ(KXUtilsReadFileToMemoryErrorOutput(path.c_str(), &buffer, &error, nullptr), 4);
@@ -157,12 +156,8 @@ TEST(KXUtils, WholeFileOperations) {
     KXUtilsFreeResources(buffer);
     EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput((missing + "/x").c_str(), "x", 0, &error, nullptr), -1);
     EXPECT_EQ(error, ENOENT);
-    char *text = KXUtilsAppendText("ab", 2, "cd", 2, nullptr, -1);
-    EXPECT_STREQ(text, "abcd");
-    KXUtilsFreeResources(text);
-    text = KXUtilsAppendText("ab", 1, "cd", 0, "XYZ", 2);
-    EXPECT_STREQ(text, "aXY");
-    KXUtilsFreeResources(text);
+    EXPECT_EQ(HeapText(KXUtilsAppendText("ab", 2, "cd", 2, nullptr, -1)).str(), "abcd");
+    EXPECT_EQ(HeapText(KXUtilsAppendText("ab", 1, "cd", 0, "XYZ", 2)).str(), "aXY");
 }
 
 TEST(KXUtils, StringReplace) {
@@ -566,10 +561,9 @@ TEST(TrapMibText, BrokenAndOddTexts) {
         const KXTrapDescription *d = GetTrapPointer("mem.mib", c.oid, c.specific, "6");
         EXPECT_EQ(d != nullptr ? Text(d->Name, d->NameLength) : "<null>", c.name ? c.name : "<null>") << c.text;
     }
-    const KXTrapDescription *d = GetTrapPointer("mem.mib", "1.3.6.1.4.1", "5", "6");
-    EXPECT_EQ(d, nullptr);
+    EXPECT_EQ(GetTrapPointer("mem.mib", "1.3.6.1.4.1", "5", "6"), nullptr);
     KXSetTrapMibText("mem.mib", cases[6].text.data(), cases[6].text.size());
-    d = GetTrapPointer("mem.mib", "1.3.6.1.6", "5", "6");
+    const KXTrapDescription *d = GetTrapPointer("mem.mib", "1.3.6.1.6", "5", "6");
     ASSERT_NE(d, nullptr);
     EXPECT_EQ(Text(d->Arguments, d->ArgumentCount), "01<");
     std::string comments;

@@ -107,8 +107,7 @@ TEST_F(Profile, ReadsFilesDroppingLines) {
     dir_.Write("empty.txt", "");
     const char *exclusions[] = {nullptr, "TRAP-TYPE", ""};
     int length = -1;
-    HeapText kept(UtilsReadFile("m.txt", &length, exclusions, 3));
-    EXPECT_EQ(kept.str(), "keep\nlast");
+    EXPECT_EQ(HeapText(UtilsReadFile("m.txt", &length, exclusions, 3)).str(), "keep\nlast");
     EXPECT_EQ(length, 9);
     EXPECT_EQ(UtilsReadFile("empty.txt", &length, nullptr, 0), nullptr);
     EXPECT_EQ(length, 0);
@@ -119,11 +118,8 @@ TEST_F(Profile, NameValueFilesThroughInih) {
                "; comment\n1.3.6.1.4.1.231 = FSC-SERVER.mib\n[x]\n1.3.6.1.2=RFC1213.mib\n1.3.6.1.2=second\n");
     struct Case { const char *name, *value; };
     const std::vector<Case> cases = {{"1.3.6.1.4.1.231", "FSC-SERVER.mib"}, {"1.3.6.1.2", "RFC1213.mib"}, {"1.3", nullptr}};
-    for (const Case &c : cases) {
-        char *value = KXUtilsGetValueFromName("OID2Mib.ini", c.name, 0);
-        EXPECT_EQ(value ? std::string(value) : "<null>", c.value ? c.value : "<null>");
-        KXUtilsFreeResources(value);
-    }
+    for (const Case &c : cases)
+        EXPECT_EQ(HeapText(KXUtilsGetValueFromName("OID2Mib.ini", c.name, 0)).str(), c.value ? c.value : "<null>");
     EXPECT_EQ(KXUtilsGetValueFromName("missing.ini", "1.3", 0), nullptr);
 }
 
@@ -163,6 +159,7 @@ TEST_F(Profile, AllocatesUserIdsAndFindsProfiles) {
     char **files = nullptr;
     EXPECT_EQ(CreateUIDFileList(in_.count(), in_.list(), &files), 2);
     EXPECT_STREQ(files[1], "2");
+    EXPECT_EQ(files[2], nullptr) << "a NULL pointer ends the list";
     KXUtilsFreeResources(files);
 }
 

@@ -12,7 +12,7 @@
 
 namespace kx::test {
 
-std::string Terminated(std::initializer_list<std::string_view> texts) {
+std::string Terminated(const std::vector<std::string_view> &texts) {
     std::string block;
     for (std::string_view text : texts) block.append(text).push_back('\0');
     return block;

@@ -20,7 +20,7 @@ namespace kx::test {
 
 // The texts laid end to end, each followed by its NUL (request texts, value
 // lists, in-memory definitions).
-std::string Terminated(std::initializer_list<std::string_view> texts);
+std::string Terminated(const std::vector<std::string_view> &texts);
 
 // The whole content of a file; empty when it cannot be read.
 std::string ReadFile(const std::string &path);
