@@ -247,6 +247,22 @@ private:
     unsigned long long id_ = 0;
 };
 
+// The MIB tag of the file name ("l<length>n<MIB name>") when the trap MIB
+// index or "OID2Mib.ini" of the working directory knows the trap's MIB.
+std::string MibTag(const TrapNumbers &numbers) {
+    GTCreateTrapMibs(nullptr);
+    char *mibFile = nullptr;
+    const std::string generic = std::to_string(numbers.generic);
+    const std::string enterprise = WithoutDot(numbers.enterprise);
+    const KXTrapDescription *description = GTGetTrapPointer(enterprise.c_str(), nullptr, numbers.specific.c_str(),
+                                                            generic.c_str(), "OID2Mib.ini", &mibFile, nullptr);
+    std::string name = description != nullptr && mibFile != nullptr ? mibFile : "";
+    std::free(mibFile);
+    name = name.substr(0, name.rfind('.'));
+    if (name.empty() || name.find('/') != std::string::npos) return {};  // no name a file name can carry
+    return "l" + std::to_string(name.size()) + "n" + name;
+}
+
 std::string Underscored(std::string text) {
     std::replace(text.begin(), text.end(), '.', '_');
     return text;
@@ -267,7 +283,7 @@ int Store(const Trap &trap, const std::string &directory, const char *database) 
     }
     IdentifierClaim claim(directory);
     if (!claim.held()) return 1;
-    const std::string path = directory + "/T" + EnterpriseNumber(WithoutDot(numbers.enterprise)) + "_" +
+    const std::string path = directory + "/T" + EnterpriseNumber(WithoutDot(numbers.enterprise)) + MibTag(numbers) + "_" +
                              std::to_string(numbers.generic) + "_" + numbers.specific + "_" + Underscored(address) +
                              "_" + ServerName(database, address) + "_000000000." + std::to_string(claim.id());
     if (KXSnmpFileWrite(path.c_str(), vars.data(), lengths.data(), static_cast<int>(vars.size())) != 0 ||
