@@ -191,8 +191,10 @@ std::string ServerName(const char *database, const std::string &address) {
         DBAsciiAccessFree(entries);
         DBAsciiAccessCloseKeepStaticDllInfo(db);
     }
-    // A "/" would leave the directory and a "." would end the name early.
-    std::replace_if(name.begin(), name.end(), [](char c) { return c == '/' || c == '.' || c < ' '; }, '-');
+    // "/" and "\\" separate directories (for the trap store's readers both do),
+    // a "." would end the name early: a blade "chassis\\blade" is stored as
+    // "chassis-blade".
+    std::replace_if(name.begin(), name.end(), [](char c) { return c == '/' || c == '\\' || c == '.' || c < ' '; }, '-');
     return name;
 }
 
