@@ -191,8 +191,8 @@ std::string ServerName(const char *database, const std::string &address) {
         DBAsciiAccessFree(entries);
         DBAsciiAccessCloseKeepStaticDllInfo(db);
     }
-    // "/" and "\\" separate directories (for the trap store's readers both do),
-    // a "." would end the name early: a blade "chassis\\blade" is stored as
+    // "/" and a backslash separate directories for the trap store's readers,
+    // a "." would end the name early: a blade chassis, backslash, blade is stored as
     // "chassis-blade".
     std::replace_if(name.begin(), name.end(), [](char c) { return c == '/' || c == '\\' || c == '.' || c < ' '; }, '-');
     return name;
