@@ -15,7 +15,6 @@
 #include <sstream>
 #include <thread>
 
-#include "support/kx_test.h"
 
 namespace kx::test {
 namespace {
@@ -147,9 +146,10 @@ bool SendTrap(int port, std::string_view trapOid, std::string_view variableOid, 
 }
 
 std::string BrowserDom(const std::string &url, int budgetMs) {
-    TempDir profile;
+    std::string profile = (std::filesystem::temp_directory_path() / "kx-browser-XXXXXX").string();
+    if (mkdtemp(profile.data()) == nullptr) return {};
     const std::string command = "chromium --headless --no-sandbox --disable-gpu --disable-background-networking "
-                                "--user-data-dir=" + profile.path() + " --virtual-time-budget=" +
+                                "--user-data-dir=" + profile + " --virtual-time-budget=" +
                                 std::to_string(budgetMs) + " --dump-dom '" + url + "' 2>/dev/null";
     FILE *pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) return {};
@@ -157,6 +157,7 @@ std::string BrowserDom(const std::string &url, int budgetMs) {
     char buffer[4096];
     for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) dom.append(buffer, n);
     pclose(pipe);
+    std::filesystem::remove_all(profile);
     return dom;
 }
 

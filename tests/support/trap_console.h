@@ -1,4 +1,4 @@
-// The trap console's road in tests: snmptrapd receiving into a console
+// The trap console's road in tests and benchmarks (no GoogleTest here): snmptrapd receiving into a console
 // site's trap store, a fast trap sender, and headless Chromium.
 #ifndef KX_TESTS_SUPPORT_TRAP_CONSOLE_H
 #define KX_TESTS_SUPPORT_TRAP_CONSOLE_H
