@@ -15,6 +15,7 @@
 #include "input/definition_reader.h"
 #include "input/eingabe/declaration.h"
 #include "input/request_internal.h"
+#include "kx_trap.h"
 
 extern "C" {
 
@@ -101,7 +102,7 @@ int ReadFromMemory(const Request &call) {
     return 0;
 }
 
-// A successful read does not yet build the page engine's trap MIB index.
+// A successful read also builds the page engine's trap MIB index (once per process).
 int Read(const Request &call) {
     if (call.list == nullptr || call.count == nullptr) return 1;
     input::RememberList(call.list, call.count);
@@ -109,7 +110,9 @@ int Read(const Request &call) {
         std::fputs(core::MessageText(core::PageMessage::NoApplication), PageStream());
         return 1;
     }
-    return IsInMemory(call.application) ? ReadFromMemory(call) : ReadFromFile(call);
+    const int read = IsInMemory(call.application) ? ReadFromMemory(call) : ReadFromFile(call);
+    if (read == 0) CreateTrapMibs(*call.list, *call.count);
+    return read;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 #include "companion/libKXUtils.h"
 #include "companion/libKXmbcs.h"
 #include "core/text.h"
+#include "companion/libSnmpFile.h"
 #include "kx_trap.h"
 #include "trap/trap_internal.h"
 
@@ -47,11 +49,19 @@ char *MibFileFor(const char *path) {
     char *generic = nullptr, *specific = nullptr;
     const core::HeapText pieces(GTDetermineActTrapInformation(path, nullptr, nullptr, &generic, &specific, nullptr,
                                                               nullptr, nullptr, nullptr));
-    std::string oid;
-    if (!pieces || ReadTrapRecordOid(path, oid) < 2) return nullptr;
+    KXSnmpVar *records = nullptr;
+    const int count = pieces ? KXSnmpFileRead(-1, path, &records, 0) : 0;
+    std::string oid = count >= 2 && records[1].Oid != nullptr ? records[1].Oid : "";
+    KXSnmpFileFreeResources(records);
+    if (count < 2) return nullptr;
     // The trap's enterprise OID without its last two components.
     for (int cut = 0; cut < 2; ++cut) oid = oid.substr(0, std::min(oid.size(), oid.rfind('.')));
-    return LookUpTrapMibFile(oid.c_str(), specific, generic);
+    GTCreateTrapMibs("./TrapMibs");
+    char *mibFile = nullptr;
+    if (GTGetTrapPointer(oid.c_str(), nullptr, specific, generic, "OID2Mib.ini", &mibFile, nullptr) != nullptr)
+        return mibFile;
+    std::free(mibFile);
+    return nullptr;
 }
 
 void MarkRefresh(const std::string &directory) {

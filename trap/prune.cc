@@ -47,7 +47,7 @@ unsigned int ArrivalTime(const char *path, bool &found) {
 
 // The number given to a pruning operation, or nothing (false).
 bool NumberOf(const char *dbFile, const char *table, const char *conditionOrValue, long long &number) {
-    const core::HeapText fromDatabase(table != nullptr ? DatabaseValue(dbFile, table, conditionOrValue) : nullptr);
+    const core::HeapText fromDatabase(table != nullptr ? KXGetDBValue(dbFile, table, conditionOrValue) : nullptr);
     const char *text = table != nullptr ? fromDatabase.Get() : conditionOrValue;
     number = LeadingNumber(text);
     return text != nullptr;
