@@ -1,0 +1,173 @@
+// The MIB and traps that the trap text test, the comparison with snmptt and
+// the trap text benchmark share: nine TRAP-TYPEs with summaries, arguments
+// and severities, an enumeration, a MAC address, a host name and a gauge.
+#ifndef KX_TESTS_SUPPORT_TRAP_FIXTURE_H
+#define KX_TESTS_SUPPORT_TRAP_FIXTURE_H
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "companion/libSnmpFile.h"
+
+namespace kx::fixture {
+
+constexpr const char *kEnterprise = "1.3.6.1.4.1.99999";
+
+constexpr const char *kMib = R"mib(KXTEST-MIB DEFINITIONS ::= BEGIN
+IMPORTS enterprises, Gauge FROM RFC1155-SMI
+        OBJECT-TYPE FROM RFC-1212
+        TRAP-TYPE FROM RFC-1215;
+kxtest     OBJECT IDENTIFIER ::= { enterprises 99999 }
+kxObjects  OBJECT IDENTIFIER ::= { kxtest 1 }
+kxServer   OBJECT IDENTIFIER ::= { kxtest 2 }
+kxHosts    OBJECT IDENTIFIER ::= { kxServer 10 }
+kxFanName OBJECT-TYPE SYNTAX OCTET STRING ACCESS read-only STATUS mandatory
+    DESCRIPTION "Name of a fan" ::= { kxObjects 1 }
+kxFanStatus OBJECT-TYPE
+    SYNTAX INTEGER { unknown(0), ok(1), degraded(2), failed(3), removed(4) }
+    ACCESS read-only STATUS mandatory DESCRIPTION "State of a fan" ::= { kxObjects 2 }
+kxTemperature OBJECT-TYPE SYNTAX INTEGER ACCESS read-only STATUS mandatory
+    DESCRIPTION "Degrees Celsius" ::= { kxObjects 3 }
+kxMacAddress OBJECT-TYPE SYNTAX OCTET STRING (SIZE(6)) ACCESS read-only STATUS mandatory
+    DESCRIPTION "A network card's address" ::= { kxObjects 4 }
+kxDiskUsage OBJECT-TYPE SYNTAX Gauge ACCESS read-only STATUS mandatory
+    DESCRIPTION "Percent used" ::= { kxObjects 5 }
+kxHostName OBJECT-TYPE SYNTAX OCTET STRING ACCESS read-only STATUS mandatory
+    DESCRIPTION "Host name" ::= { kxHosts 1 }
+kxFanFailed TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxFanStatus }
+    DESCRIPTION "A fan failed."
+    --#TYPE "Fan failure"
+    --#SUMMARY "Fan %s failed (%d)"
+    --#ARGUMENTS {0,1}
+    --#SEVERITY CRITICAL
+    ::= 1
+kxFanState TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxFanStatus }
+    DESCRIPTION "A fan changed its state."
+    --#SUMMARY "Fan %s is %s"
+    --#ARGUMENTS {0,1}
+    --#SEVERITY MINOR
+    ::= 2
+kxTempHigh TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxTemperature }
+    DESCRIPTION "Too hot."
+    --#SUMMARY "Temperature %d C"
+    --#ARGUMENTS {0}
+    --#SEVERITY MAJOR
+    ::= 3
+kxNicChanged TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxMacAddress }
+    DESCRIPTION "A network card was replaced."
+    --#SUMMARY "NIC address %m"
+    --#ARGUMENTS {0}
+    --#SEVERITY INFORMATIONAL
+    ::= 4
+kxDiskFull TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxDiskUsage, kxFanName }
+    DESCRIPTION "A disk fills up."
+    --#SUMMARY "Disk %s at %d percent"
+    --#ARGUMENTS {1,0}
+    --#SEVERITY MINOR
+    ::= 5
+kxHostUp TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxHostName }
+    DESCRIPTION "A host came up."
+    --#SUMMARY "Host %s is up"
+    --#ARGUMENTS {0}
+    --#SEVERITY INFORMATIONAL
+    ::= 6
+kxSensor TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxTemperature }
+    DESCRIPTION "A sensor reading."
+    --#SUMMARY "Sensor %s reads %s"
+    --#ARGUMENTS {0,1}
+    --#SEVERITY MINOR
+    ::= 7
+kxLoad TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName }
+    DESCRIPTION "Full load."
+    --#SUMMARY "Load 100%% on %s"
+    --#ARGUMENTS {0}
+    --#SEVERITY MAJOR
+    ::= 8
+kxReport TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxTemperature }
+    DESCRIPTION "Sensor report."
+    --#SEVERITY INFORMATIONAL
+    ::= 9
+END
+)mib";
+
+// The SMI roots for net-snmp's own tools (Debian ships no IETF MIBs).
+constexpr const char *kSmiModule = R"mib(SNMPv2-SMI DEFINITIONS ::= BEGIN
+org OBJECT IDENTIFIER ::= { iso 3 }
+dod OBJECT IDENTIFIER ::= { org 6 }
+internet OBJECT IDENTIFIER ::= { dod 1 }
+mgmt OBJECT IDENTIFIER ::= { internet 2 }
+mib-2 OBJECT IDENTIFIER ::= { mgmt 1 }
+private OBJECT IDENTIFIER ::= { internet 4 }
+enterprises OBJECT IDENTIFIER ::= { private 1 }
+snmpV2 OBJECT IDENTIFIER ::= { internet 6 }
+END
+)mib";
+
+// One variable: OID below the enterprise, type word, value bytes and the
+// value as snmptrapd hands it to snmptt.
+struct Variable {
+    std::string oid, type, value, received;
+};
+
+struct Trap {
+    int specific;
+    std::vector<Variable> variables;
+};
+
+inline Variable Name(const std::string &v) { return {"1.1.0", "OCTETSTRING", v, '"' + v + '"'}; }
+inline Variable Status(int v) { return {"1.2.0", "INTEGER", std::to_string(v), std::to_string(v)}; }
+inline Variable Temperature(int v) { return {"1.3.0", "INTEGER", std::to_string(v), std::to_string(v)}; }
+
+// The traps, each with the text it gets here and the one snmptt gives.
+inline std::vector<Trap> Traps() {
+    return {
+        {1, {Name("FAN1"), Status(3)}},
+        {2, {Name("FAN2"), Status(2)}},
+        {2, {Name("FAN3"), Status(7)}},
+        {3, {Temperature(71)}},
+        {4, {{"1.4.0", "OCTETSTRING", std::string("\x00\x19\x99\x0A\x0B\x0C", 6), "\"00 19 99 0A 0B 0C\""}}},
+        {5, {{"1.5.0", "GAUGE", "91", "91"}, Name("sda")}},
+        {6, {{"2.10.1.0", "OCTETSTRING", "srv01.example.com", "\"srv01.example.com\""}}},
+        {6, {{"2.10.1.0", "OCTETSTRING", "10.1.2.3", "\"10.1.2.3\""}}},
+        {7, {Name("FAN1")}},
+        {8, {Name("FAN1")}},
+        {9, {Name("FAN1"), Temperature(40)}},
+    };
+}
+
+// The trap file of a trap: the header (uptime, enterprise and agent), then
+// its variables.
+inline std::string TrapFileText(const Trap &trap) {
+    std::vector<std::string> oids{"1.3.6.1.2.1.1.3.0", kEnterprise};
+    std::vector<KXSnmpVar> records{{nullptr, const_cast<char *>("TIMETICKS"), const_cast<char *>("100")},
+                                   {nullptr, const_cast<char *>("IPADDRESS"), const_cast<char *>("127.0.0.1")}};
+    std::vector<size_t> lengths{3, 9};
+    for (const Variable &v : trap.variables) oids.push_back(std::string(kEnterprise) + "." + v.oid);
+    for (std::size_t i = 0; i < oids.size(); ++i) {
+        if (i >= 2) {
+            const Variable &v = trap.variables[i - 2];
+            records.push_back({nullptr, const_cast<char *>(v.type.c_str()), const_cast<char *>(v.value.data())});
+            lengths.push_back(v.value.size());
+        }
+        records[i].Oid = const_cast<char *>(oids[i].c_str());
+    }
+    size_t length = 0;
+    char *text = KXSnmpFileFormatText(records.data(), lengths.data(), static_cast<int>(records.size()), &length);
+    std::string file(text != nullptr ? text : "", length);
+    std::free(text);
+    return file;
+}
+
+// The trap as snmptrapd hands it to snmptt's spool (the time line first).
+inline std::string SpoolText(const Trap &trap) {
+    std::string text = "1700000000\nlocalhost\nUDP: [127.0.0.1]:40000->[127.0.0.1]:162\n"
+                       ".1.3.6.1.2.1.1.3.0 0:0:00:01.00\n.1.3.6.1.6.3.1.1.4.1.0 ." +
+                       std::string(kEnterprise) + ".0." + std::to_string(trap.specific) + "\n";
+    for (const Variable &v : trap.variables) text += "." + std::string(kEnterprise) + "." + v.oid + " " + v.received + "\n";
+    return text + ".1.3.6.1.6.3.1.1.4.3.0 ." + kEnterprise + "\n";
+}
+
+}  // namespace kx::fixture
+
+#endif
