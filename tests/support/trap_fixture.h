@@ -4,8 +4,17 @@
 #ifndef KX_TESTS_SUPPORT_TRAP_FIXTURE_H
 #define KX_TESTS_SUPPORT_TRAP_FIXTURE_H
 
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "companion/libSnmpFile.h"
@@ -167,6 +176,81 @@ inline std::string SpoolText(const Trap &trap) {
     for (const Variable &v : trap.variables) text += "." + std::string(kEnterprise) + "." + v.oid + " " + v.received + "\n";
     return text + ".1.3.6.1.6.3.1.1.4.3.0 ." + kEnterprise + "\n";
 }
+
+// snmptt in daemon mode over a directory of its own: the fixture MIB
+// converted with snmpttconvertmib, a spool directory, a log of one line
+// "@@ <text>" per trap. The process is started and stopped here.
+class Snmptt {
+public:
+    explicit Snmptt(const std::string &directory) : dir_(directory) {
+        std::filesystem::create_directories(dir_ + "/smi");
+        std::filesystem::create_directories(dir_ + "/spool");
+        Write(dir_ + "/smi/SNMPv2-SMI.txt", kSmiModule);
+        Write(dir_ + "/KXTEST.mib", kMib);
+        // The converter asks net-snmp's tools, which find the SMI roots through MIBDIRS.
+        const std::string convert = "cd '" + dir_ + "' && MIBDIRS='" + dir_ + "/smi:" + dir_ +
+                                    "' snmpttconvertmib --in=KXTEST.mib --out=kxtest.conf >convert.log 2>&1";
+        converted_ = std::system(convert.c_str()) == 0;
+        Write(dir_ + "/snmptt.ini",
+              "[General]\nmode = daemon\ndns_enable = 0\nnet_snmp_perl_enable = 0\n"
+              "[DaemonMode]\ndaemon_fork = 0\ndaemon_uid =\npid_file = " + dir_ + "/snmptt.pid\n"
+              "spool_directory = " + dir_ + "/spool/\nsleep = 1\nuse_trap_time = 0\nkeep_unlogged_traps = 0\n"
+              "[Logging]\nstdout_enable = 0\nlog_enable = 1\nlog_format = @@ $Fz\nlog_file = " + dir_ +
+              "/snmptt.log\nlog_system_enable = 0\nsyslog_enable = 0\nsyslog_system_enable = 0\n"
+              "unknown_trap_log_enable = 0\n[TrapFiles]\nsnmptt_conf_files = <<END\n" + dir_ + "/kxtest.conf\nEND\n");
+    }
+    ~Snmptt() { Stop(); }
+    Snmptt(const Snmptt &) = delete;
+    Snmptt &operator=(const Snmptt &) = delete;
+
+    bool converted() const { return converted_; }
+
+    // Spool files are taken in name order.
+    void Spool(int sequence, const Trap &trap) const {
+        char name[32];
+        std::snprintf(name, sizeof name, "#snmptt-trap-%08d", sequence);
+        Write(dir_ + "/spool/" + name, SpoolText(trap));
+    }
+
+    bool Start() {
+        pid_ = fork();
+        if (pid_ == 0) {
+            const std::string ini = "--ini=" + dir_ + "/snmptt.ini";
+            std::freopen("/dev/null", "w", stdout), std::freopen("/dev/null", "w", stderr);
+            execlp("snmptt", "snmptt", "--daemon", ini.c_str(), static_cast<char *>(nullptr));
+            _exit(127);
+        }
+        return pid_ > 0;
+    }
+
+    // The texts logged so far, once there are count of them or the time ran out.
+    std::vector<std::string> Texts(std::size_t count, std::chrono::seconds limit) const {
+        const auto end = std::chrono::steady_clock::now() + limit;
+        std::vector<std::string> texts;
+        do {
+            texts.clear();
+            std::ifstream log(dir_ + "/snmptt.log");
+            for (std::string line; std::getline(log, line);)
+                if (const auto at = line.find("@@ "); at != std::string::npos) texts.push_back(line.substr(at + 3));
+            if (texts.size() >= count) break;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        } while (std::chrono::steady_clock::now() < end);
+        return texts;
+    }
+
+    void Stop() {
+        if (pid_ <= 0) return;
+        kill(pid_, SIGTERM);
+        waitpid(pid_, nullptr, 0);
+        pid_ = -1;
+    }
+
+private:
+    static void Write(const std::string &path, const std::string &text) { std::ofstream(path) << text; }
+    std::string dir_;
+    bool converted_ = false;
+    pid_t pid_ = -1;
+};
 
 }  // namespace kx::fixture
 
