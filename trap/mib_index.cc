@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <unordered_set>
 #include <vector>
 
 #include "companion/libKXUtils.h"
@@ -65,11 +67,10 @@ bool Append(MibIndex index, const std::vector<std::string> &added) {
     return true;
 }
 
-bool InIndex(const MibIndex &index, std::string_view name) {
-    for (int i = 0; i < index.count; ++i)
-        if (name.size() == std::strlen(index.names[i]) && strncasecmp(index.names[i], name.data(), name.size()) == 0)
-            return true;
-    return false;
+std::string Lowered(std::string_view name) {
+    std::string lowered(name);
+    for (char &c : lowered) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return lowered;
 }
 
 }  // namespace
@@ -109,12 +110,14 @@ void AddTrapDefiningMibs(MibIndex index, const std::string &directory, std::stri
     int listed = 0;
     char **files = nullptr;
     ListDirectory(directory.c_str(), 0, 0, 0, 1, &expression, &listed, &files);
+    std::unordered_set<std::string> done;  // names in the index, in lower case
+    for (int i = 0; i < index.count; ++i) done.insert(Lowered(index.names[i]));
     std::vector<std::string> added;
     std::string path;
     for (int i = 0; i < listed; ++i) {
         const std::string_view file(files[i]);
         const std::string_view name = file.substr(0, std::min(file.size(), file.find('.')));
-        if (InIndex(index, name) || std::find(added.begin(), added.end(), name) != added.end()) continue;
+        if (!done.insert(Lowered(name)).second) continue;
         path.assign(directory).append(separator).append(file);
         if (KXUtilsSearchInFile(path.c_str(), 9, "TRAP-TYPE", 0, "--", 0, 0) >= 0) added.emplace_back(name);
     }
