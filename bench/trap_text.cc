@@ -75,7 +75,7 @@ double SnmpttRate(const std::string &dir, int n) {
 int main() {
     const std::string dir = std::filesystem::temp_directory_path() / ("kx-bench-traptext-" + std::to_string(getpid()));
     std::filesystem::create_directories(dir + "/mibs");
-    std::ofstream(dir + "/mibs/KXTEST.mib") << fx::kMib;
+    std::ofstream(dir + "/mibs/KXTEST.mib") << fx::Mib();
     std::ofstream(dir + "/MibPath") << dir + "/mibs";
     std::filesystem::current_path(dir);
     KXSetMibPath((dir + "/mibs").c_str());

@@ -53,7 +53,7 @@ std::string OurText(const fx::Trap &trap) {
 
 TEST(SnmpttComparison, SameTrapsSameMib) {
     kx::test::TempDir dir;
-    dir.Write("mibs/KXTEST.mib", fx::kMib);
+    dir.Write("mibs/KXTEST.mib", fx::Mib());
     dir.Write("MibPath", dir.path() + "/mibs");
     kx::test::CurrentDirectory cwd(dir.path());
     KXSetMibPath((dir.path() + "/mibs").c_str());

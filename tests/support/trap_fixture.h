@@ -23,95 +23,14 @@ namespace kx::fixture {
 
 constexpr const char *kEnterprise = "1.3.6.1.4.1.99999";
 
-constexpr const char *kMib = R"mib(KXTEST-MIB DEFINITIONS ::= BEGIN
-IMPORTS enterprises, Gauge FROM RFC1155-SMI
-        OBJECT-TYPE FROM RFC-1212
-        TRAP-TYPE FROM RFC-1215;
-kxtest     OBJECT IDENTIFIER ::= { enterprises 99999 }
-kxObjects  OBJECT IDENTIFIER ::= { kxtest 1 }
-kxServer   OBJECT IDENTIFIER ::= { kxtest 2 }
-kxHosts    OBJECT IDENTIFIER ::= { kxServer 10 }
-kxFanName OBJECT-TYPE SYNTAX OCTET STRING ACCESS read-only STATUS mandatory
-    DESCRIPTION "Name of a fan" ::= { kxObjects 1 }
-kxFanStatus OBJECT-TYPE
-    SYNTAX INTEGER { unknown(0), ok(1), degraded(2), failed(3), removed(4) }
-    ACCESS read-only STATUS mandatory DESCRIPTION "State of a fan" ::= { kxObjects 2 }
-kxTemperature OBJECT-TYPE SYNTAX INTEGER ACCESS read-only STATUS mandatory
-    DESCRIPTION "Degrees Celsius" ::= { kxObjects 3 }
-kxMacAddress OBJECT-TYPE SYNTAX OCTET STRING (SIZE(6)) ACCESS read-only STATUS mandatory
-    DESCRIPTION "A network card's address" ::= { kxObjects 4 }
-kxDiskUsage OBJECT-TYPE SYNTAX Gauge ACCESS read-only STATUS mandatory
-    DESCRIPTION "Percent used" ::= { kxObjects 5 }
-kxHostName OBJECT-TYPE SYNTAX OCTET STRING ACCESS read-only STATUS mandatory
-    DESCRIPTION "Host name" ::= { kxHosts 1 }
-kxFanFailed TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxFanStatus }
-    DESCRIPTION "A fan failed."
-    --#TYPE "Fan failure"
-    --#SUMMARY "Fan %s failed (%d)"
-    --#ARGUMENTS {0,1}
-    --#SEVERITY CRITICAL
-    ::= 1
-kxFanState TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxFanStatus }
-    DESCRIPTION "A fan changed its state."
-    --#SUMMARY "Fan %s is %s"
-    --#ARGUMENTS {0,1}
-    --#SEVERITY MINOR
-    ::= 2
-kxTempHigh TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxTemperature }
-    DESCRIPTION "Too hot."
-    --#SUMMARY "Temperature %d C"
-    --#ARGUMENTS {0}
-    --#SEVERITY MAJOR
-    ::= 3
-kxNicChanged TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxMacAddress }
-    DESCRIPTION "A network card was replaced."
-    --#SUMMARY "NIC address %m"
-    --#ARGUMENTS {0}
-    --#SEVERITY INFORMATIONAL
-    ::= 4
-kxDiskFull TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxDiskUsage, kxFanName }
-    DESCRIPTION "A disk fills up."
-    --#SUMMARY "Disk %s at %d percent"
-    --#ARGUMENTS {1,0}
-    --#SEVERITY MINOR
-    ::= 5
-kxHostUp TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxHostName }
-    DESCRIPTION "A host came up."
-    --#SUMMARY "Host %s is up"
-    --#ARGUMENTS {0}
-    --#SEVERITY INFORMATIONAL
-    ::= 6
-kxSensor TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxTemperature }
-    DESCRIPTION "A sensor reading."
-    --#SUMMARY "Sensor %s reads %s"
-    --#ARGUMENTS {0,1}
-    --#SEVERITY MINOR
-    ::= 7
-kxLoad TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName }
-    DESCRIPTION "Full load."
-    --#SUMMARY "Load 100%% on %s"
-    --#ARGUMENTS {0}
-    --#SEVERITY MAJOR
-    ::= 8
-kxReport TRAP-TYPE ENTERPRISE kxtest VARIABLES { kxFanName, kxTemperature }
-    DESCRIPTION "Sensor report."
-    --#SEVERITY INFORMATIONAL
-    ::= 9
-END
-)mib";
+// The MIB: tests/support/KXTEST.mib.
+inline std::string Mib() {
+    std::ifstream file(std::string(KX_SOURCE_DIR) + "/tests/support/KXTEST.mib");
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
 
-// The SMI roots for net-snmp's own tools (Debian ships no IETF MIBs).
-constexpr const char *kSmiModule = R"mib(SNMPv2-SMI DEFINITIONS ::= BEGIN
-org OBJECT IDENTIFIER ::= { iso 3 }
-dod OBJECT IDENTIFIER ::= { org 6 }
-internet OBJECT IDENTIFIER ::= { dod 1 }
-mgmt OBJECT IDENTIFIER ::= { internet 2 }
-mib-2 OBJECT IDENTIFIER ::= { mgmt 1 }
-private OBJECT IDENTIFIER ::= { internet 4 }
-enterprises OBJECT IDENTIFIER ::= { private 1 }
-snmpV2 OBJECT IDENTIFIER ::= { internet 6 }
-END
-)mib";
 
 // One variable: OID below the enterprise, type word, value bytes and the
 // value as snmptrapd hands it to snmptt.
@@ -185,8 +104,9 @@ public:
     explicit Snmptt(const std::string &directory) : dir_(directory) {
         std::filesystem::create_directories(dir_ + "/smi");
         std::filesystem::create_directories(dir_ + "/spool");
-        Write(dir_ + "/smi/SNMPv2-SMI.txt", kSmiModule);
-        Write(dir_ + "/KXTEST.mib", kMib);
+        // The SMI roots for net-snmp's own tools (Debian ships no IETF MIBs).
+        std::filesystem::copy_file(std::string(KX_SOURCE_DIR) + "/tests/support/SNMPv2-SMI.txt", dir_ + "/smi/SNMPv2-SMI.txt");
+        Write(dir_ + "/KXTEST.mib", Mib());
         // The converter asks net-snmp's tools, which find the SMI roots through MIBDIRS.
         const std::string convert = "cd '" + dir_ + "' && MIBDIRS='" + dir_ + "/smi:" + dir_ +
                                     "' snmpttconvertmib --in=KXTEST.mib --out=kxtest.conf >convert.log 2>&1";
