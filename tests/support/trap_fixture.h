@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -133,6 +134,7 @@ public:
     }
 
     bool Start() {
+        std::fflush(nullptr);  // the child's freopen would write the parent's buffered output again
         pid_ = fork();
         if (pid_ == 0) {
             const std::string ini = "--ini=" + dir_ + "/snmptt.ini";
