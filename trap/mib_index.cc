@@ -49,16 +49,16 @@ void ReleaseScanned(MibIndex index) {
 // Grows the index by the names given; false when memory runs out.
 bool Append(MibIndex index, const std::vector<std::string> &added) {
     const std::size_t total = static_cast<std::size_t>(index.count) + added.size();
-    auto *names = static_cast<char **>(core::Reallocate(index.names, std::max<std::size_t>(total, 1) * sizeof(char *)));
+    auto *names = static_cast<char **>(std::realloc(index.names, std::max<std::size_t>(total, 1) * sizeof(char *)));
     if (names == nullptr) return false;
     index.names = names;
     if (index.lengths != nullptr) {
-        auto *lengths = static_cast<int32_t *>(core::Reallocate(*index.lengths, std::max<std::size_t>(total, 1) * sizeof(int32_t)));
+        auto *lengths = static_cast<int32_t *>(std::realloc(*index.lengths, std::max<std::size_t>(total, 1) * sizeof(int32_t)));
         if (lengths == nullptr) return false;
         *index.lengths = lengths;
     }
     for (const std::string &name : added) {
-        char *copy = core::HeapCopy(name);
+        char *copy = strndup(name.data(), name.size());
         if (copy == nullptr) return false;
         index.names[index.count] = copy;
         if (index.lengths != nullptr) (*index.lengths)[index.count] = static_cast<int32_t>(name.size());
@@ -88,11 +88,11 @@ void TakeListedNames(MibIndex index, char *contents) {
     if (index.listCopy != nullptr) return;
     ReleaseScanned(index);
     MacheLetztesElementZumText(contents);
-    index.listCopy = core::HeapCopy(contents);
+    index.listCopy = strdup(contents);
     if (index.listCopy == nullptr) return;
     int *lengths = nullptr;
     const int count = GTErmittleTextElemente(index.listCopy, " ", nullptr, &lengths);
-    index.names = static_cast<char **>(core::Allocate(static_cast<std::size_t>(count) * sizeof(char *)));
+    index.names = static_cast<char **>(std::malloc(static_cast<std::size_t>(count) * sizeof(char *)));
     if (index.names == nullptr || lengths == nullptr) {
         std::free(lengths), std::free(index.names), std::free(index.listCopy);
         index.names = nullptr, index.listCopy = nullptr;
@@ -186,7 +186,7 @@ int GTErmittleTextElemente(char *text, const char *separator, int *longest, int 
     sizes.push_back(static_cast<int>(std::strlen(start)));
     if (longest != nullptr) *longest = *std::max_element(sizes.begin(), sizes.end());
     if (lengths != nullptr) {
-        *lengths = static_cast<int *>(kx::core::Allocate(sizes.size() * sizeof(int)));
+        *lengths = static_cast<int *>(std::malloc(sizes.size() * sizeof(int)));
         if (*lengths != nullptr) std::copy(sizes.begin(), sizes.end(), *lengths);
     }
     return static_cast<int>(sizes.size());
