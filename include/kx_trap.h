@@ -199,8 +199,8 @@ KX_API char *GTDetermineActTrapInformation(const char *path, char **mibFile, cha
  * base name without extension: the names of the list file "TrapMibs"
  * (separated by blanks) first, then those found in the MIB directory (the
  * content of the file "MibPath", "mibs" without one). Built at most once per
- * process and never released. A MIB name compared here has at most 63
- * characters; longer names are cut there.
+ * process and never released. Names are compared whole, ignoring ASCII
+ * case (the console's names have at most 63 characters).
  * ------------------------------------------------------------------------ */
 
 /* One answer of a search over all trap MIBs: the OID searched for and the

@@ -289,7 +289,7 @@ bool CgiProgramMayPing() {
 TEST_F(Console, ToolsPageListsCallsAndPings) {
     const HttpReply reply = server_->Get("/console.cgi?Application=console&Page=tools.htm");
     ASSERT_EQ(reply.status, 200) << reply.body;
-    for (const char *shown : {"<span id=\"pages\">ini main.htm tools.htm</span>",
+    for (const char *shown : {"<span id=\"pages\">ini main.htm tools.htm traps.htm</span>",
                               "<span id=\"scan\">no peers found for console (asked by tools)</span>",
                               CgiProgramMayPing() ? "<span id=\"ping\">1</span>" : "<span id=\"ping\">0</span>"})
         EXPECT_TRUE(Contains(reply, shown)) << shown << "\n" << reply.body;

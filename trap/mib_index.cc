@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <unordered_set>
 #include <vector>
 
 #include "companion/libKXUtils.h"
@@ -47,16 +49,16 @@ void ReleaseScanned(MibIndex index) {
 // Grows the index by the names given; false when memory runs out.
 bool Append(MibIndex index, const std::vector<std::string> &added) {
     const std::size_t total = static_cast<std::size_t>(index.count) + added.size();
-    auto *names = static_cast<char **>(core::Reallocate(index.names, std::max<std::size_t>(total, 1) * sizeof(char *)));
+    auto *names = static_cast<char **>(std::realloc(index.names, std::max<std::size_t>(total, 1) * sizeof(char *)));
     if (names == nullptr) return false;
     index.names = names;
     if (index.lengths != nullptr) {
-        auto *lengths = static_cast<int32_t *>(core::Reallocate(*index.lengths, std::max<std::size_t>(total, 1) * sizeof(int32_t)));
+        auto *lengths = static_cast<int32_t *>(std::realloc(*index.lengths, std::max<std::size_t>(total, 1) * sizeof(int32_t)));
         if (lengths == nullptr) return false;
         *index.lengths = lengths;
     }
     for (const std::string &name : added) {
-        char *copy = core::HeapCopy(name);
+        char *copy = strndup(name.data(), name.size());
         if (copy == nullptr) return false;
         index.names[index.count] = copy;
         if (index.lengths != nullptr) (*index.lengths)[index.count] = static_cast<int32_t>(name.size());
@@ -65,11 +67,10 @@ bool Append(MibIndex index, const std::vector<std::string> &added) {
     return true;
 }
 
-bool InIndex(const MibIndex &index, std::string_view name) {
-    for (int i = 0; i < index.count; ++i)
-        if (name.size() == std::strlen(index.names[i]) && strncasecmp(index.names[i], name.data(), name.size()) == 0)
-            return true;
-    return false;
+std::string Lowered(std::string_view name) {
+    std::string lowered(name);
+    for (char &c : lowered) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return lowered;
 }
 
 }  // namespace
@@ -87,11 +88,11 @@ void TakeListedNames(MibIndex index, char *contents) {
     if (index.listCopy != nullptr) return;
     ReleaseScanned(index);
     MacheLetztesElementZumText(contents);
-    index.listCopy = core::HeapCopy(contents);
+    index.listCopy = strdup(contents);
     if (index.listCopy == nullptr) return;
     int *lengths = nullptr;
     const int count = GTErmittleTextElemente(index.listCopy, " ", nullptr, &lengths);
-    index.names = static_cast<char **>(core::Allocate(static_cast<std::size_t>(count) * sizeof(char *)));
+    index.names = static_cast<char **>(std::malloc(static_cast<std::size_t>(count) * sizeof(char *)));
     if (index.names == nullptr || lengths == nullptr) {
         std::free(lengths), std::free(index.names), std::free(index.listCopy);
         index.names = nullptr, index.listCopy = nullptr;
@@ -109,12 +110,14 @@ void AddTrapDefiningMibs(MibIndex index, const std::string &directory, std::stri
     int listed = 0;
     char **files = nullptr;
     ListDirectory(directory.c_str(), 0, 0, 0, 1, &expression, &listed, &files);
+    std::unordered_set<std::string> done;  // names in the index, in lower case
+    for (int i = 0; i < index.count; ++i) done.insert(Lowered(index.names[i]));
     std::vector<std::string> added;
     std::string path;
     for (int i = 0; i < listed; ++i) {
         const std::string_view file(files[i]);
         const std::string_view name = file.substr(0, std::min(file.size(), file.find('.')));
-        if (InIndex(index, name) || std::find(added.begin(), added.end(), name) != added.end()) continue;
+        if (!done.insert(Lowered(name)).second) continue;
         path.assign(directory).append(separator).append(file);
         if (KXUtilsSearchInFile(path.c_str(), 9, "TRAP-TYPE", 0, "--", 0, 0) >= 0) added.emplace_back(name);
     }
@@ -183,7 +186,7 @@ int GTErmittleTextElemente(char *text, const char *separator, int *longest, int 
     sizes.push_back(static_cast<int>(std::strlen(start)));
     if (longest != nullptr) *longest = *std::max_element(sizes.begin(), sizes.end());
     if (lengths != nullptr) {
-        *lengths = static_cast<int *>(kx::core::Allocate(sizes.size() * sizeof(int)));
+        *lengths = static_cast<int *>(std::malloc(sizes.size() * sizeof(int)));
         if (*lengths != nullptr) std::copy(sizes.begin(), sizes.end(), *lengths);
     }
     return static_cast<int>(sizes.size());

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -31,30 +32,41 @@ bool ReadWhole(const char *path, std::vector<char> &content) {
     return ok;
 }
 
-std::size_t Find(std::string_view text, std::string_view what, std::size_t from) {
-    const std::size_t at = text.find(what, from);
-    return at == std::string_view::npos ? text.size() : at;
-}
+// The next occurrence of a text at or after a position. The positions asked
+// for only grow, so an occurrence found once stays the answer until it is
+// passed: every text is searched once over the whole file.
+class NextOf {
+public:
+    NextOf(std::string_view text, std::string_view what) : text_(text), what_(what) {}
+    std::size_t From(std::size_t from) {
+        if (!known_ || found_ < from) {
+            const std::size_t at = text_.find(what_, from);
+            found_ = at == std::string_view::npos ? text_.size() : at;
+            known_ = true;
+        }
+        return found_;
+    }
 
-// The end of the comment that starts at from: the next comment mark (behind
-// it) or the line end, as in ASN.1.
-std::size_t CommentEnd(std::string_view text, std::string_view mark, std::size_t from) {
-    const std::size_t line = std::min(Find(text, "\n", from), Find(text, "\r", from));
-    const std::size_t next = Find(text, mark, from);
-    return next < line ? next + mark.size() : line;
-}
+private:
+    std::string_view text_, what_;
+    std::size_t found_ = 0;
+    bool known_ = false;
+};
 
 }  // namespace
 
-// Offset of the first word outside comments, -1 when there is none. Each
-// search resumes where it stopped, so the scan stays linear in the text.
+// Offset of the first word outside comments, -1 when there is none. A
+// comment ends at the next comment mark (behind it) or the line end, as in ASN.1.
 long SearchOutsideComments(std::string_view text, std::string_view word, std::string_view mark) {
-    std::size_t at = 0, found = Find(text, word, 0);
-    while (found < text.size()) {
-        const std::size_t comment = mark.empty() ? text.size() : Find(text, mark, at);
+    NextOf words(text, word), marks(text, mark), feeds(text, "\n"), returns(text, "\r");
+    std::size_t at = 0;
+    for (std::size_t found = words.From(0); found < text.size(); found = words.From(at)) {
+        const std::size_t comment = mark.empty() ? text.size() : marks.From(at);
         if (found < comment) return static_cast<long>(found);
-        at = CommentEnd(text, mark, comment + mark.size());
-        if (found < at) found = Find(text, word, at);
+        const std::size_t inside = comment + mark.size();
+        const std::size_t line = std::min(feeds.From(inside), returns.From(inside));
+        const std::size_t next = marks.From(inside);
+        at = next < line ? next + mark.size() : line;
     }
     return -1;
 }

@@ -24,3 +24,6 @@ int kx_c_trap_pair_size(void) { return (int)sizeof(TrapTimePair) + (int)sizeof(F
 int kx_c_trap_description_severity_word(void) {
     return (int)(offsetof(KXTrapDescription, Reserved17) > offsetof(KXTrapDescription, Severity));
 }
+
+/* TrapCache is an array of plain (OID, MIB file) pairs. */
+int kx_c_trap_cache_entry_size(void) { return (int)sizeof(TrapCacheEntry); }
