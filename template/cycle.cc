@@ -99,9 +99,8 @@ char *ReplayLine(Invocation &inv) {
     Level &level = inv.Current();
     Body &body = level.Active();
     if (level.lineIndex >= body.lines.size()) return nullptr;
-    inv.textStart = body.lines[level.lineIndex].data();
     NestingGuard::StartLine(body.lines[level.lineIndex].size());
-    return inv.textStart;
+    return inv.StartText(body.lines[level.lineIndex].data());
 }
 
 // Enters a level that replays a body: line 1 follows the directive.
@@ -216,8 +215,7 @@ char *ResumePage(Invocation &inv) {
     const size_t length = std::min(leftover.size(), inv.line.size() - 1);
     std::memcpy(inv.line.data(), leftover.data(), length);
     inv.line[length] = '\0';
-    inv.textStart = inv.line.data();
-    return inv.textStart;
+    return inv.StartText(inv.line.data());
 }
 
 // The outermost body is collected: every level collected starts replaying.
