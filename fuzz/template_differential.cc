@@ -8,7 +8,9 @@
 // "name=value|value|..." (several values make a list entry); a line starting
 // with '!' gives the entry the kind 'x', one starting with '?' makes the value
 // the entry's default instead. The markers "{" and "}" are always entries 0
-// and 1, and "Application" names the page.
+// and 1, and "Application" names the page; an input of even length gets
+// sixteen more entries "f0" to "f15" before its own, so that names are looked
+// up the way long lists are.
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -34,9 +36,13 @@ struct Spec {
     bool asDefault = false;
 };
 
-std::vector<Spec> ParseSpecs(const std::string &text) {
+// Entries enough for the engine to look names up through its index.
+constexpr int kFillers = 16;
+
+std::vector<Spec> ParseSpecs(const std::string &text, bool fill) {
     // The application named like the page: no user id is handed out.
     std::vector<Spec> specs = {{"Ersetzungsanfang", {"{"}}, {"Ersetzungsende", {"}"}}, {"Application", {"page"}}};
+    for (int i = 0; fill && i < kFillers; ++i) specs.push_back({"f" + std::to_string(i), {std::to_string(i)}});
     size_t pos = 0;
     while (pos < text.size() && specs.size() < 64) {
         size_t end = text.find('\n', pos);
@@ -199,7 +205,7 @@ void Compare(const Rendering &mine, const Rendering &theirs, const char *mode) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size > 8192) return 0;
     const std::vector<std::string> texts = kx::fuzz::Texts(data, size, 2);
-    const std::vector<Spec> specs = ParseSpecs(texts[0]);
+    const std::vector<Spec> specs = ParseSpecs(texts[0], size % 2 == 0);
     const intptr_t cycle = static_cast<intptr_t>(size % 3) - 1;
     Compare(RenderString(ErsetzeUndGebeHtmlDateiAus, specs, texts[1], cycle),
             RenderString(kx::tmpl::reference::ErsetzeUndGebeHtmlDateiAus, specs, texts[1], cycle), "string");

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kx_template.h"
+#include "core/name_index.h"
 #include "core/page_output.h"
 #include "template/cycle_state.h"
 
@@ -83,6 +84,7 @@ struct Invocation {
     PageTexts pageTexts;
 
     CycleEngine cycle;     // the CYCLE blocks of this call
+    core::NameIndex names; // the entries of *pList by name
     ErsetzungsName name = {};
 
     Level &Current() { return cycle.Current(); }

@@ -190,7 +190,7 @@ void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *o
 
 char *Ordinary(Invocation &inv, Placeholder &ph, char *pos) {
     WritePrefix(inv, pos, ph.P);
-    const int index = FindEntry(*inv.pList, *inv.pCount, ph.Name());
+    const int index = inv.names.Find(*inv.pList, *inv.pCount, ph.Name());
     const bool control = ph.nameLength >= 2 && StartsWith(ph.name, "=_");
     if (index >= *inv.pCount && !control) return Unknown(inv, ph);
     CountIterations(inv, index, ph.valueIndex);
