@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -117,10 +118,9 @@ struct Request {
 
 Session OpenSession(const Request &request) {
     static const bool transportsReady = [] {
-        // Neither the configuration files nor the MIBs of the machine are
-        // read: OIDs are numeric, and the MIB library keeps its own tree.
+        // No configuration file of the machine is read; OIDs are numeric, so
+        // no MIB is needed either (snmp_sess_init sets the transports up).
         netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
-        netsnmp_tdomain_init();
         return true;
     }();
     (void)transportsReady;
