@@ -2,9 +2,11 @@
 # Lays out the sample console as a web site: the CGI program with its
 # definition and pages in SITE/www, and a lighttpd configuration in
 # SITE/lighttpd.conf serving it on 127.0.0.1:PORT.
-# usage: console-site.sh SITE CGI-PROGRAM PORT
+# With AGENT-PORT, the server list of the inventory page (SITE/www/snmp/
+# hwinv.dba) names the simulated chassis on udp 127.0.0.1:AGENT-PORT.
+# usage: console-site.sh SITE CGI-PROGRAM PORT [AGENT-PORT]
 set -eu
-site=$1 program=$2 port=$3
+site=$1 program=$2 port=$3 agent=${4:-}
 here=$(cd "$(dirname "$0")/.." && pwd)
 # The console's user files ("RootPath" "..") live in SITE/console, outside
 # the web root.
@@ -14,6 +16,11 @@ rm -f "$site/www/"*.c
 cp "$program" "$site/www/console.cgi"
 # The console's second application, built beside the first.
 if [ -f "$(dirname "$program")/PeerScan.cgi" ]; then cp "$(dirname "$program")/PeerScan.cgi" "$site/www/"; fi
+# The inventory page, with the server list of the simulated chassis.
+if [ -f "$(dirname "$program")/inventory.cgi" ]; then cp "$(dirname "$program")/inventory.cgi" "$site/www/"; fi
+if [ -n "$agent" ]; then
+  sed "s/@AGENT@/127.0.0.1:$agent/g" "$here/examples/console/snmp/hwinv.dba.in" >"$site/www/snmp/hwinv.dba"
+fi
 cat >"$site/lighttpd.conf" <<CONF
 server.document-root = "$site/www"
 server.bind = "127.0.0.1"
@@ -27,7 +34,7 @@ cgi.assign = (".cgi" => "")
 index-file.names = ("index.html")
 url.redirect = ("^/\$" => "/console.cgi?Application=console")
 mimetype.assign = (".html" => "text/html", ".css" => "text/css", ".htm" => "text/html")
-static-file.exclude-extensions = (".cgi", ".ini", ".htm")
+static-file.exclude-extensions = (".cgi", ".ini", ".htm", ".dba", ".in", ".snmprec", ".MIB")
 # Temporary files of a save, lock files and every hidden file stay private.
 url.access-deny = (".tmp", ".lock", "~")
 \$HTTP["url"] =~ "/\\." { url.access-deny = ("") }

@@ -21,6 +21,7 @@ public:
     SnmpAgent &operator=(const SnmpAgent &) = delete;
 
     bool running() const { return ready_; }
+    int port() const { return port_; }
     // "127.0.0.1:<port>"
     std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
 
