@@ -27,6 +27,7 @@ public:
     ConsoleServer &operator=(const ConsoleServer &) = delete;
 
     bool running() const { return pid_ > 0; }
+    int port() const { return port_; }
     // The site's folder the CGI program runs in.
     std::string www() const { return site_.path() + "/www"; }
     // headers: further header lines, each ending in "\r\n" ("Cookie: ...").
