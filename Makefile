@@ -1,7 +1,7 @@
 # make test   set up, build with sanitizers, run the unit tests, the export check
 #             and every fuzz target briefly (CTest's summary comes last)
 # make bench  optimised build, then every benchmark
-# make demo   the sample console behind a real web server
+# make demo   the sample console behind a real web server, traps received beside it
 
 SHELL := /bin/sh
 JOBS ?= $(shell nproc)
@@ -9,6 +9,7 @@ TEST_DIR := build
 BENCH_DIR := build-release
 FUZZ_SECONDS ?= 8
 PORT ?= 8080
+TRAP_PORT ?= 10162
 
 .PHONY: all deps build test bench demo clean
 
@@ -33,8 +34,8 @@ bench: deps
 
 demo: deps
 	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DKX_BENCH=ON -DKX_TESTS=OFF
-	cmake --build $(BENCH_DIR) -j $(JOBS) --target console.cgi PeerScan.cgi kxpage
-	./tools/serve-console.sh $(BENCH_DIR)/console.cgi $(PORT)
+	cmake --build $(BENCH_DIR) -j $(JOBS) --target console.cgi PeerScan.cgi inventory.cgi kxpage kxtrapreceive
+	./tools/serve-console.sh $(BENCH_DIR)/console.cgi $(PORT) $(TRAP_PORT)
 
 clean:
 	rm -rf $(TEST_DIR) $(BENCH_DIR)

@@ -32,19 +32,6 @@ Cut CutAt(std::string_view text, char separator) {
     return {text.substr(0, at), text.substr(at + 1), true};
 }
 
-std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to) {
-    if (from.empty()) return std::string(text);
-    std::string out;
-    out.reserve(text.size());
-    std::size_t start = 0;
-    for (std::size_t hit = text.find(from); hit != std::string_view::npos; hit = text.find(from, start)) {
-        out.append(text.substr(start, hit - start)).append(to);
-        start = hit + from.size();
-    }
-    out.append(text.substr(start));
-    return out;
-}
-
 std::string Decoded(std::string_view encoded) {
     const std::string source(encoded);
     const HeapText decoded(ServerDecoding(source.c_str()));

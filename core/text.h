@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/text_replace.h"
+
 namespace kx::core {
 
 // A malloc'd copy of text with its terminating NUL; nullptr when memory runs out.
@@ -62,7 +64,7 @@ struct Cut {
 Cut CutAt(std::string_view text, char separator);
 
 // Every occurrence of from (not empty) replaced by to, from left to right.
-std::string ReplaceAll(std::string_view text, std::string_view from, std::string_view to);
+using platform::ReplaceAll;
 
 // The text with its URL escapes decoded (ServerDecoding); the empty text when
 // memory runs out.

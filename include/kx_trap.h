@@ -18,7 +18,11 @@
 
 #include <stdint.h>
 
+#include "companion/libKXsnmp_names.h"
+#include "companion/libKXsnmp_traps.h"
+#include "companion/libSnmpFile.h"
 #include "kx_api.h"
+#include "kx_input.h"
 
 KX_EXTERN_C_BEGIN
 
@@ -187,6 +191,166 @@ KX_API void GTFreeRessources(int count, char **list);
 KX_API char *GTDetermineActTrapInformation(const char *path, char **mibFile, char **enterprise,
                                            char **generic, char **specific, char **rest,
                                            char **agentAddress, char **server, char **states);
+
+/* ------------------------------------------------------------------------
+ * Trap MIB index
+ *
+ * The MIB files that define traps (a TRAP-TYPE outside "--" comments), by
+ * base name without extension: the names of the list file "TrapMibs"
+ * (separated by blanks) first, then those found in the MIB directory (the
+ * content of the file "MibPath", "mibs" without one). Built at most once per
+ * process and never released. A MIB name compared here has at most 63
+ * characters; longer names are cut there.
+ * ------------------------------------------------------------------------ */
+
+/* One answer of a search over all trap MIBs: the OID searched for and the
+ * MIB file ("<name>.mib") that describes its traps. */
+typedef struct TrapCacheEntry {
+    char *Oid;
+    char *MibFile;
+} TrapCacheEntry;
+
+/* The trap functions' index: the list file's contents as read (non-NULL
+ * once a list file was read), its copy cut into the names, the names, their
+ * lengths and their number. */
+KX_API extern char *GTEingabeTrapMIBs;
+KX_API extern char *_GTTrapMIBs;
+KX_API extern char **GTTrapMIBs;
+KX_API extern int32_t *GTTrapMIBsLength;
+KX_API extern int32_t GTTrapMIBsCount;
+
+/* The spellings of the MIB file extension tried on disk, in this order:
+ * "mib", "MIB", "Mib", "MIb", "MiB", "mIb", "miB", "mIB"; and their number. */
+KX_API extern const char *const _GTMibSuffixes[8];
+KX_API extern int32_t _GTMibSuffixesCount;
+
+/* The answers of searches over all trap MIBs, one per OID, for the life of
+ * the process. */
+KX_API extern TrapCacheEntry *TrapCache;
+KX_API extern int32_t TrapCacheCount;
+
+/* The page engine's index: 1 once built; the list file's copy cut into the
+ * names; the names; their number. */
+KX_API extern int32_t EingabeTrapMIBs;
+KX_API extern char *_TrapMIBs;
+KX_API extern char **TrapMIBs;
+KX_API extern int32_t TrapMIBsCount;
+
+/* Builds the trap functions' index from listFile (NULL: "./TrapMibs"; when
+ * it cannot be read, "./TrapMibs") and the MIB directory. Does nothing once
+ * a list file was read. Returns 0; memory running out leaves names out. */
+KX_API int GTCreateTrapMibs(const char *listFile);
+
+/* The index in GTTrapMIBs of name (taken up to its first ".", any case);
+ * -1 when the index is empty, -2 when name is not in it or is NULL. */
+KX_API int GTItIsATrapMIB(const char *name);
+
+/* The spelling of the extension of the MIB file named by the first length
+ * characters of name (all of name when length <= 0) in the MIB directory
+ * (KXGetMibPath, "mibs" when none is set): the first of _GTMibSuffixes for
+ * which the file exists, else "mib". Returns a text of _GTMibSuffixes
+ * (never freed); "mib" for a NULL name. */
+KX_API const char *GTDetermineMIBSuffix(const char *name, int length);
+
+/* Splits text in place: a NUL is written on the first byte of every
+ * occurrence of separator, and the search goes on behind it. Returns the
+ * number of elements (occurrences + 1, empty ones counted; 0 for a NULL
+ * text; 1 for a NULL or empty separator). *longest (when given) receives the
+ * longest element's length; *lengths (when given) a malloc'd array of the
+ * lengths that the caller frees (NULL when memory runs out). */
+KX_API int GTErmittleTextElemente(char *text, const char *separator, int *longest, int **lengths);
+
+/* The description of the trap with the OIDs oid and enterpriseOid (may be
+ * NULL) and the numbers specific and generic (decimal texts), or NULL. It
+ * belongs to the MIB library (never freed). The MIB is, in turn: *mibFile
+ * when it is given non-NULL on entry, else the one iniFile (NULL:
+ * "OID2Mib.ini"; "" skips this step) names for the OID; the one TrapCache
+ * names; every MIB of GTTrapMIBs. *mibFile (when mibFile is given) receives
+ * a malloc'd copy of the MIB file name that answered, its extension spelt as
+ * on disk, or is left as it was. *searchedAllMibs (when given) is set to 1
+ * when the answer came from, or the failure followed, a search over all trap
+ * MIBs, else 0. Memory running out gives NULL. */
+KX_API KXTrapDescription *GTGetTrapPointer(const char *oid, const char *enterpriseOid, const char *specific,
+                                           const char *generic, const char *iniFile, char **mibFile,
+                                           int *searchedAllMibs);
+
+/* Builds the page engine's index once per process: the list file
+ * "TrapMibs" in the application's directory (found with the input list),
+ * else "./TrapMibs", and the MIB directory. Returns -2 when inputList is
+ * NULL, else 0. */
+KX_API int CreateTrapMibs(EingabeElement *inputList, int inputCount);
+
+/* As GTItIsATrapMIB, on TrapMIBs. */
+KX_API int ItIsATrapMIB(const char *name);
+
+/* Reads the name list fileName in the application's directory: *contents
+ * receives the file's contents, *copy its copy cut at blanks, *names a
+ * malloc'd array of pointers into *copy and *count their number (all three
+ * blocks released by the caller with free; outputs may be NULL). Returns 0,
+ * or -1 when the file cannot be read or memory runs out (outputs untouched). */
+KX_API int CreateSpecialMibs(EingabeElement *inputList, int inputCount, const char *fileName,
+                             char **contents, char **copy, int *count, char ***names);
+
+/* The index of name (cut at its first ".", any case) in the count names;
+ * -1 when count is 0 or below, -2 when not found or name is NULL. */
+KX_API int ItIsASpecialMIB(const char *name, int count, char **names);
+
+/* ------------------------------------------------------------------------
+ * Trap text
+ *
+ * A trap file's records (KXSnmpVar, read with KXSnmpFileRead): records 0
+ * and 1 are the header (record 1: the enterprise OID and the agent's
+ * address), the trap's variables follow from record 2.
+ * ------------------------------------------------------------------------ */
+
+/* The size of the text buffer GTCreateTrapString writes into: longer texts
+ * are cut to KX_TRAP_TEXT_SIZE - 1 bytes. */
+#define KX_TRAP_TEXT_SIZE 4096
+
+/* Builds the list lines of the traps at positions (decimal positions in the
+ * last shown list "TrapLastSortInfo", separated by "|") and appends them to
+ * *result (set to NULL first; a malloc'd text the caller frees), each after
+ * separator except the first. Sixteen fields, each followed by ",,". A
+ * position outside the list or whose trap is gone or unreadable gives no
+ * line. Returns 0; -1 when an argument is NULL (result untouched). Memory
+ * running out leaves lines out. */
+KX_API int KXCreateUserValue(const char *positions, const char *separator, char **result);
+
+/* Writes the display text of a trap into text (KX_TRAP_TEXT_SIZE bytes;
+ * empty on entry, or holding the trap's heading): the summary of description
+ * filled from the recordCount records, enumerations named through mib (NULL:
+ * the MIB of each variable), "%m" as a MAC address; without a summary, the
+ * description text and the variables. unknownDescription is the caller's
+ * unknown-trap description, whose values are never named. Returns 0; -1
+ * when text or description is NULL. Allocates nothing for the caller. */
+KX_API int GTCreateTrapString(char *text, KXMib *mib, KXTrapDescription *description, int recordCount,
+                              KXSnmpVar *records, KXTrapDescription *unknownDescription);
+
+/* Fills description for a trap no MIB describes ("unknownTrap", type
+ * "UNKNOWN TRAP", severity "UNKNOWN") with a summary of enterprise,
+ * specific, generic (NULL texts print as "(null)") and the first ten of the
+ * variableCount variables. The summary and arguments lie in one process-wide
+ * buffer valid until the next call. Returns 0; -1 for a NULL description. */
+KX_API int GTCreateUnknownTrap(KXTrapDescription *description, int variableCount, const char *enterprise,
+                               const char *specific, const char *generic);
+
+/* Gives each of the count records a type of its own when any record lacks
+ * one: records 0 and 1 "OCTETSTRING" when they have none, variables their
+ * MIB syntax (through mib, NULL: the MIB of each OID), "UNKNOWN" when none is
+ * found. Returns 1 when the types were replaced by malloc'd copies (the
+ * caller frees each, then the records), 0 when every record had a type
+ * (nothing changed). A copy that memory does not suffice for is NULL. */
+KX_API int GTDetermineTypes(KXSnmpVar *records, int recordCount, KXMib *mib);
+
+/* The first entry of table in the server-list database dbFile (NULL: the
+ * DBDirectory of KXDetermineDirectories) that condition selects, as a
+ * malloc'd text the caller frees; NULL when table or condition is NULL, the
+ * database or table cannot be opened, nothing matches or memory runs out. */
+KX_API char *KXGetDBValue(const char *dbFile, const char *table, const char *condition);
+
+/* 0 when text is a dotted IPv4 address (four groups of digits), 1 when it
+ * is not or is NULL. */
+KX_API int GTValidateNetAddress(const char *text);
 
 KX_EXTERN_C_END
 

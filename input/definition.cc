@@ -13,7 +13,9 @@
 #include "core/markers.h"
 #include "core/messages.h"
 #include "input/definition_reader.h"
+#include "input/eingabe/declaration.h"
 #include "input/request_internal.h"
+#include "kx_trap.h"
 
 extern "C" {
 
@@ -42,14 +44,6 @@ struct Request {
 
 bool IsInMemory(const char *application) {
     return core::IsDefinitionMarker(application[0]);
-}
-
-void RememberList(EingabeElement **list, int *count) {
-    if (_pEingabe == nullptr) {
-        _pEingabe = list;
-        _pEingabeAnzahl = count;
-    }
-    if (*count == 0) *list = nullptr;
 }
 
 // "<directory of programPath><application>.ini". The application keeps its
@@ -108,15 +102,17 @@ int ReadFromMemory(const Request &call) {
     return 0;
 }
 
-// A successful read does not yet build the page engine's trap MIB index.
+// A successful read also builds the page engine's trap MIB index (once per process).
 int Read(const Request &call) {
     if (call.list == nullptr || call.count == nullptr) return 1;
-    RememberList(call.list, call.count);
+    input::RememberList(call.list, call.count);
     if (call.application == nullptr) {
         std::fputs(core::MessageText(core::PageMessage::NoApplication), PageStream());
         return 1;
     }
-    return IsInMemory(call.application) ? ReadFromMemory(call) : ReadFromFile(call);
+    const int read = IsInMemory(call.application) ? ReadFromMemory(call) : ReadFromFile(call);
+    if (read == 0) CreateTrapMibs(*call.list, *call.count);
+    return read;
 }
 
 }  // namespace

@@ -12,8 +12,8 @@
 #include <string_view>
 
 #include "core/entry.h"
+#include "core/html_escape.h"
 #include "core/text.h"
-#include "input/eingabe/html_escape.h"
 #include "kx_template.h"
 #include "template/cycle.h"
 #include "template/invocation.h"
@@ -164,7 +164,7 @@ const char *FileModeValue(const Invocation &inv, const EingabeElement *entry, in
 // for it. "<nil>" is the engine's own mark, never a value, and stays.
 void WritePlain(Invocation &inv, const char *value) {
     if (inv.escapeHtml && value != nullptr && value != kNil)
-        inv.Write(input::HtmlEscaped(value));
+        inv.Write(core::HtmlEscaped(value));
     else
         inv.Write(value);
 }

@@ -35,10 +35,7 @@ void Declare(InputList &l) {
     for (const auto &[name, kind] : entries) l.Add(name, kind);
 }
 
-struct Case {
-    Texts elements;
-    const char *entry, *values, *pressed;
-};
+struct Case { Texts elements; const char *entry, *values, *pressed; };
 
 const Case kCases[] = {
     {{"Name=a%20b"}, "Name", "[a b]", nullptr}, {{"Name=a+b%2Fc"}, "Name", "[a b/c]", nullptr},
@@ -113,7 +110,6 @@ TEST(AssignmentActions, PLSetIsDeclaredOnceAndStopsTheActions) {
     const int index = EingabewertIndex("PLSet", l.list(), l.count());
     ASSERT_LT(index, l.count());
     EXPECT_STREQ(l[index].Vorgabe, "yes");
-    ASSERT_NE(KXGetMibPath(), nullptr);
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs");
     Assign(l, {"MibPath=/other"});
     EXPECT_STREQ(KXGetMibPath(), "/default/mibs") << "the second call only assigns";
@@ -135,14 +131,8 @@ TEST(AssignmentActions, ParameterListDeclaresItsPairs) {
 }
 
 // Runs the test body inside a directory of its own, and puts everything back.
-class DefinitionFiles : public ::testing::Test {
+class DefinitionFiles : public kx::test::InTempDir {
 protected:
-    void TearDown() override {
-        for (char *&name : _IniFilename) {
-            std::free(name);
-            name = nullptr;
-        }
-    }
     static void Record(int file, const char *name, char sign) {
         _IniFilename[file] = strdup(name);
         _IniFilenameDivideSign[file] = sign;
@@ -154,40 +144,32 @@ protected:
         l.Add("SetIniValue");
         Assign(l, request);
     }
-
-    kx::test::TempDir dir_;
-    kx::test::CurrentDirectory inside_{dir_.path()};
 };
 
-TEST_F(DefinitionFiles, SetIniValueWritesTheDefault) {
-    dir_.Write("app.ini", "|\nMyPort|n|1\nPort|n|80\nTail|n|end\n");
-    Record(0, "app.ini", '|');
-    SetIniValue({"Port=8080%0AEvil|n|x", "SetIniValue=Port"}, "80");
-    EXPECT_EQ(ReadFile("app.ini"), "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n")
-        << "the key starts a line, and the value ends at its line break";
-}
-
-TEST_F(DefinitionFiles, SetIniValueFallsBackToTheSecondFile) {
-    dir_.Write("a.ini", "|\nOther|n|1\n");
-    dir_.Write("b.ini", "~\nPort~n~80\n");
-    Record(0, "a.ini", '|');
-    Record(1, "b.ini", '~');
-    SetIniValue({"Port=9", "SetIniValue=Port"}, "80");
-    EXPECT_EQ(ReadFile("a.ini"), "|\nOther|n|1\n");
-    EXPECT_EQ(ReadFile("b.ini"), "~\nPort~n~9\n");
-}
-
-TEST_F(DefinitionFiles, SetIniValueNeedsATargetWithText) {
-    const char *content = "|\nPort|n|80\n";
-    dir_.Write("app.ini", content);
-    Record(0, std::string(500, 'x').c_str(), '|');  // too long a name is skipped
-    Record(1, "app.ini", '|');
-    for (const Texts &request : {Texts{"SetIniValue=Nobody"}, Texts{"SetIniValue="}, Texts{"Port=", "SetIniValue=Port"}}) {
-        SetIniValue(request);
-        EXPECT_EQ(ReadFile("app.ini"), content) << request.back();
+// SetIniValue writes the value into the first recorded file that has the key
+// at a line start, the value ending at its line break; a recorded name too
+// long is skipped; a target or value without text changes nothing.
+TEST_F(DefinitionFiles, SetIniValueWritesIntoTheRecordedFile) {
+    struct Case { std::string first, second; Texts request; const char *portDefault; std::string firstAfter, secondAfter; };
+    const std::string one = "|\nMyPort|n|1\nPort|n|80\nTail|n|end\n", port = "|\nPort|n|80\n";
+    const Case cases[] = {
+        {one, "", {"Port=8080%0AEvil|n|x", "SetIniValue=Port"}, "80", "|\nMyPort|n|1\nPort|n|8080\nTail|n|end\n", ""},
+        {"|\nOther|n|1\n", "~\nPort~n~80\n", {"Port=9", "SetIniValue=Port"}, "80", "|\nOther|n|1\n", "~\nPort~n~9\n"},
+        {"", port, {"SetIniValue=Nobody"}, nullptr, "", port},  // first: a name too long
+        {"", port, {"SetIniValue="}, nullptr, "", port},
+        {"", port, {"Port=", "SetIniValue=Port"}, nullptr, "", port},
+        {"", port, {"Port=5", "SetIniValue=Port"}, nullptr, "", "|\nPort|n|5\n"},
+    };
+    for (const Case &c : cases) {
+        dir_.Write("a.ini", c.first);
+        dir_.Write("b.ini", c.second);
+        Record(0, c.first.empty() ? std::string(500, 'x').c_str() : "a.ini", c.first[0]);
+        Record(1, "b.ini", c.second[0]);
+        SetIniValue(c.request, c.portDefault);
+        EXPECT_EQ(ReadFile("b.ini"), c.secondAfter) << c.request.front();
+        if (!c.first.empty()) EXPECT_EQ(ReadFile("a.ini"), c.firstAfter) << c.request.front();
+        kx::test::ForgetDefinitionFiles();
     }
-    SetIniValue({"Port=5", "SetIniValue=Port"});
-    EXPECT_EQ(ReadFile("app.ini"), "|\nPort|n|5\n") << "the second file, after the first was skipped";
 }
 
 // Eight processes save eight different values again and again, each
@@ -272,47 +254,35 @@ TEST_F(DefinitionFiles, RefusedSavesAreReported) {
         EXPECT_EQ(l.ValuesOf("ErrorText"),
                   saved ? "" : std::string("[SetIniValue: Port was not saved (") + c.reason + ")]")
             << c.what;
-        std::free(_IniFilename[0]);
-        _IniFilename[0] = nullptr;
+        kx::test::ForgetDefinitionFiles();
     }
 }
 
 // --- changing a file in place
 
-struct FileCase {
-    std::string before;
-    const char *key, *text, *stopSet;
-    int stopSetLength;
-    int result;
-    std::string after;  // empty: the file is unchanged
-};
+struct FileCase {  // after empty: the file is unchanged
+    std::string before; const char *key, *text, *stopSet; int stopSetLength, result; std::string after; };
 
 const FileCase kFileCases[] = {
-    {"k;n;old\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\nrest"},
+    {"k;n;old\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\nrest"}, {"k;n;old", "k;n;", "new", "\n\r", 2, -1, ""},
     {"k;n;old\r\nrest", "k;n;", "new", "\n\r", 2, 0, "k;n;new\r\nrest"},
-    {"k;n;old\nrest", "k;n;", nullptr, "\n\r", 2, 0, "k;n;\nrest"},
+    {"k;n;old\nrest", "k;n;", nullptr, "\n\r", 2, 0, "k;n;\nrest"}, {"k;n;old\n", "k;n;", "new", nullptr, 2, -1, ""},
     {"k;n;a\nk;n;b\n", "k;n;", "X", "\n\r", 2, 0, "k;n;X\nk;n;b\n"},
     {"k;n;\n", "k;n;", "longer value", "\n\r", 2, 0, "k;n;longer value\n"},
-    {"k;n;old", "k;n;", "new", "\n\r", 2, -1, ""},
     {"k;n;old", "k;n;", "new", "\n\r", 3, 0, "k;n;new"},  // the NUL is in the set
     {"k;n;old", "k;n;", "new", "\n\r", 99, 0, "k;n;new"},  // a set never reaches past its NUL
-    {"x;n;old\n", "k;n;", "new", "\n\r", 2, -1, ""},
-    {"k;n;old\n", "", "new", "\n\r", 2, -1, ""},
-    {"k;n;old\n", "k;n;", "new", nullptr, 2, -1, ""},
+    {"x;n;old\n", "k;n;", "new", "\n\r", 2, -1, ""}, {"k;n;old\n", "", "new", "\n\r", 2, -1, ""},
     {std::string("k;n;old\nA\0B", 11), "k;n;", "v", "\n", 1, 0, std::string("k;n;v\nA\0B", 9)},
 };
 
-TEST(FileContent, ChangeFileContent) {
+TEST(FileContent, ChangeFileContentAndBadArguments) {
     for (const FileCase &c : kFileCases) {
         kx::test::TempDir dir;
         const std::string path = dir.Write("f.ini", c.before);
         EXPECT_EQ(ChangeFileContent(path.c_str(), c.key, c.text, c.stopSet, c.stopSetLength), c.result) << c.before;
         EXPECT_EQ(kx::test::ReadFile(path), c.after.empty() ? c.before : c.after) << c.before;
     }
-}
-
-TEST(FileContent, MissingFileAndArguments) {
-    kx::test::TempDir dir;
+    kx::test::TempDir dir;  // a missing file and missing arguments
     const std::string path = dir.path() + "/none.ini";
     EXPECT_EQ(ChangeFileContent(path.c_str(), "k", "v", "\n", 1), -1);
     EXPECT_FALSE(std::filesystem::exists(path));
@@ -326,18 +296,10 @@ TEST(FileContent, MissingFileAndArguments) {
 // read-only file refused, a symbolic link written through to its target.
 TEST(FileContent, ReplacementRespectsTheFileAndCleansUp) {
     enum Other { kNone, kAbandoned, kLive };  // another writer's temporary file
-    struct Case {
-        const char *what;
-        mode_t mode;
-        bool link;
-        Other other;
-        int result;
-    };
+    struct Case { const char *what; mode_t mode; bool link; Other other; int result; };
     const Case cases[] = {
-        {"plain", 0640, false, kNone, 0},
-        {"abandoned temporary", 0600, false, kAbandoned, 0},
-        {"temporary being written", 0600, false, kLive, 0},
-        {"read-only", 0444, false, kNone, -1},
+        {"plain", 0640, false, kNone, 0}, {"abandoned temporary", 0600, false, kAbandoned, 0},
+        {"temporary being written", 0600, false, kLive, 0}, {"read-only", 0444, false, kNone, -1},
         {"through a link", 0644, true, kNone, 0},
     };
     for (const Case &c : cases) {

@@ -1,17 +1,35 @@
 // The companion stand-ins: libparser's scanning, regular expressions, case and
-// comparisons; libKXUtils's files, ini files and text replacement.
+// comparisons; libKXUtils's files, ini files and text replacement; the
+// server-list database; trap files, read whole, broken and binary, and
+// written so that readers never see a part of one; the MIB library's net-snmp
+// look-ups over a MIB directory without IETF MIBs, TRAP-TYPE descriptions
+// with their annotations, and broken MIB texts.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "companion/libDBAsciiAccess.h"
 #include "companion/libKXUtils.h"
+#include "companion/libKXsnmp.h"
+#include "companion/libKXsnmp_names.h"
+#include "companion/libKXsnmp_traps.h"
+#include "companion/libSnmpFile.h"
 #include "companion/libparser.h"
 #include "support/kx_test.h"
 
+// net-snmp loses its table of textual conventions when it drops the MIBs of
+// one directory for another; that is its allocation, not ours.
+extern "C" const char *__lsan_default_suppressions() { return "leak:netsnmp_init_mib_internals\n"; }
+
 namespace {
 
+using kx::test::HeapText;
 using kx::test::TempDir;
 
 TEST(Parser, ScanningPositions) {
@@ -59,16 +77,13 @@ TEST(Parser, RegularExpressionsAndCase) {
     EXPECT_GT(stricmp("abcd", "ABC"), 0);
     EXPECT_EQ(strnicmp("abcX", "ABCy", 3), 0);
     EXPECT_EQ(memicmp("a\0B", "A\0b", 3), 0);
-    EXPECT_EQ(kx::test::HeapText(ErzeugeText("abcdef", 2)).str(), "ab");
+    EXPECT_EQ(HeapText(ErzeugeText("abcdef", 2)).str(), "ab");
 }
 
 using Comparison = int (*)(const char *, const char *);
 
 // The six functions of one kind, in the order == != <= >= < >.
-struct Kind {
-    const char *name;
-    Comparison functions[6];
-};
+struct Kind { const char *name; Comparison functions[6]; };
 
 const Kind kText{"text", {TextCompareEqual, TextCompareNotEqual, TextCompareLowerEqual, TextCompareGreaterEqual,
                           TextCompareLower, TextCompareGreater}};
@@ -109,11 +124,7 @@ TEST(Parser, EveryComparisonOfEveryKind) {
                 << c.kind->name << " op " << op << ": '" << (c.left ? c.left : "<null>") << "' vs '" << c.right << "'";
 }
 
-TEST(KXUtils, FilesAndNames) {
-    struct Case { const char *path; std::size_t offset; };
-    for (const Case &c : {Case{"prog", 0}, {"/usr/bin/prog", 9}, {"a\\b/c", 4}, {"a/b\\c", 4}, {"dir/", 4}, {"", 0}})
-        EXPECT_EQ(KXUtilsBasename(c.path, 0), c.path + c.offset) << c.path;
-    EXPECT_EQ(KXUtilsBasename(nullptr, 0), nullptr);
+TEST(KXUtils, FilesAndSizes) {
     TempDir dir;
     dir.Write("sub/file", "x");
     EXPECT_EQ(KXUtilsFileExists((dir.path() + "/sub/file").c_str()), 0);
@@ -136,8 +147,7 @@ TEST(KXUtils, WholeFileOperations) {
     EXPECT_EQ(KXUtilsReadFileToMemoryErrorOutput(missing.c_str(), &buffer, &error, &message), -1);
     EXPECT_EQ(buffer, nullptr);
     EXPECT_EQ(error, ENOENT);
-    ASSERT_NE(message, nullptr);
-    KXUtilsFreeResources(message);
+    EXPECT_NE(HeapText(message).get(), nullptr);
     EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput(path.c_str(), "hello", 0, &error, nullptr), 1);
     EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput(path.c_str(), "hello", 4, &error, nullptr), 1);
     EXPECT_EQ(KXUtilsReadFileToMemoryErrorOutput(path.c_str(), &buffer, &error, nullptr), 4);
@@ -146,12 +156,8 @@ TEST(KXUtils, WholeFileOperations) {
     KXUtilsFreeResources(buffer);
     EXPECT_EQ(KXUtilsWriteMemoryToFileErrorOutput((missing + "/x").c_str(), "x", 0, &error, nullptr), -1);
     EXPECT_EQ(error, ENOENT);
-    char *text = KXUtilsAppendText("ab", 2, "cd", 2, nullptr, -1);
-    EXPECT_STREQ(text, "abcd");
-    KXUtilsFreeResources(text);
-    text = KXUtilsAppendText("ab", 1, "cd", 0, "XYZ", 2);
-    EXPECT_STREQ(text, "aXY");
-    KXUtilsFreeResources(text);
+    EXPECT_EQ(HeapText(KXUtilsAppendText("ab", 2, "cd", 2, nullptr, -1)).str(), "abcd");
+    EXPECT_EQ(HeapText(KXUtilsAppendText("ab", 1, "cd", 0, "XYZ", 2)).str(), "aXY");
 }
 
 TEST(KXUtils, StringReplace) {
@@ -196,6 +202,375 @@ TEST(KXUtils, IniFiles) {
     EXPECT_EQ(ReadIni(path, nullptr, "Host", '\0'), (Texts{"1", "Host", "h=1"})) << "unqualified names: the first Host";
     const std::string value(10000, 'v');
     EXPECT_EQ(ReadIni(dir.Write("long.ini", "k=" + value + "\n"), nullptr, "k"), (Texts{"1", "k", value}));
+}
+
+// --- the server-list database
+
+class Database : public ::testing::Test {
+protected:
+    // The server list of a console (tests/data/hwinv.dba): a table twice, one
+    // without a Type column, an empty one, missing and extra fields.
+    void SetUp() override { ASSERT_EQ(DBAsciiAccessOpen(KX_SOURCE_DIR "/tests/data/hwinv.dba", DBASCII_ACCESS_READ, &db_), 0); }
+    void TearDown() override { EXPECT_EQ(DBAsciiAccessCloseKeepStaticDllInfo(db_), 0); }
+    DBAsciiAccessDatabase *db_ = nullptr;
+};
+
+TEST_F(Database, EntriesByCondition) {
+    struct Case { const char *table, *condition; int result; std::vector<std::string> entries; };
+    const std::vector<Case> cases = {
+        {"SETTINGS", "Value?Name=TrapMaxAge", 1, {"30"}},  // the first table of a name counts
+        {"SETTINGS", "Value ? Name = TrapMaxNumber", 1, {"1000"}},
+        {"SERVER_LIST", "ServerName?Type=Blade", 1, {"chassis1\\blade3"}},
+        {"SERVER_LIST", "ServerName?Type!=Blade&RsbIpAddress=0.0.0.0", 1, {"srv01"}},
+        {"SERVER_LIST", "Community?ServerName=rack7", 1, {"pipe|name"}},
+        {"SERVER_LIST", "Community?Community=", 1, {""}},  // a missing field is empty
+        {"SERVER_LIST", "ServerName", 3, {"srv01", "chassis1\\blade3", "rack7"}},
+        {"SETTINGS", "Value?Name=Nothing", 0, {}},
+        {"SETTINGS", "Missing?Name=TrapMaxAge", DBASCII_BAD_CONDITION, {}},
+        {"SETTINGS", "Value?Name", DBASCII_BAD_CONDITION, {}},
+        {"SETTINGS", "Value?Other=1", DBASCII_BAD_CONDITION, {}},
+        {"SETTINGS", "Value?Name=%G", DBASCII_BAD_CONDITION, {}},
+        {"EMPTY", "Value", DBASCII_BAD_CONDITION, {}},
+        {"NOWHERE", "Value", DBASCII_BAD_ARGUMENT, {}},
+        {"SETTINGS", nullptr, DBASCII_BAD_ARGUMENT, {}},
+    };
+    for (const Case &c : cases) {
+        char **entries = reinterpret_cast<char **>(&entries);
+        const int n = DBAsciiAccessGetAllEntries(db_, c.table, c.condition, &entries, 0, 0);
+        EXPECT_EQ(n, c.result) << c.condition;
+        EXPECT_EQ(std::vector<std::string>(entries, entries + std::max(n, 0)), c.entries) << c.condition;
+        EXPECT_EQ(entries == nullptr, n < 1) << c.condition;
+        DBAsciiAccessFree(entries);
+    }
+    char **entries = nullptr;
+    EXPECT_EQ(DBAsciiAccessGetAllEntries(db_, "SERVER_LIST", "ServerName", &entries, 2, 0), 2);
+    DBAsciiAccessFree(entries);
+}
+
+TEST_F(Database, RowsColumnsAndSchemes) {
+    struct Case { const char *table, *column, *value; int mode, comparison, result; std::vector<std::string> firstRow; };
+    const std::vector<Case> cases = {
+        {"SERVER_LIST", "NetAddress", "10.0.0.5", 0, 114, 1, {"chassis1\\blade3", "10.0.0.5", "Blade", "", "0.0.0.0", ""}},
+        {"SERVER_LIST", "ServerName", "SRV01", 1, 114, 1, {"srv01", "10.0.0.1", "Server", "sys01", "0.0.0.0", "public"}},
+        {"SERVER_LIST", "ServerName", "SRV01", 0, 114, 0, {}},
+        {"SERVER_LIST", "RsbIpAddress", "0.0.0.0", 0, 114, 2, {"srv01", "10.0.0.1", "Server", "sys01", "0.0.0.0", "public"}},
+        {"SERVER_LIST", "NetAddress", "10.0.0.5", 0, 99, DBASCII_BAD_CONDITION, {}},
+        {"NO_TYPE", "Type", "Blade", 0, 114, DBASCII_BAD_ARGUMENT, {}},
+        {"NOWHERE", "Type", "Blade", 0, 114, DBASCII_BAD_ARGUMENT, {}},
+    };
+    for (const Case &c : cases) {
+        DBAsciiAccessRow *rows = nullptr;
+        const int n = DBAsciiAccessGetAllEntriesByCondition(db_, c.table, c.column, &rows, 0, c.value, c.comparison,
+                                                            c.mode, DBASCII_ORDER_AS_STORED, 0, 0);
+        EXPECT_EQ(n, c.result) << c.value;
+        if (n > 0) EXPECT_EQ(std::vector<std::string>(rows[0], rows[0] + c.firstRow.size()), c.firstRow) << c.value;
+        DBAsciiAccessFree(rows);
+    }
+    for (const auto &[table, column, index] : std::vector<std::tuple<const char *, const char *, int>>{
+             {"SERVER_LIST", "Type", 2}, {"SERVER_LIST", "Community", 5}, {"NO_TYPE", "Type", DBASCII_BAD_ARGUMENT},
+             {"NOWHERE", "Type", DBASCII_BAD_ARGUMENT}})
+        EXPECT_EQ(DBAsciiAccessGetElementColumn(db_, table, column), index) << table << column;
+    int count = -1;
+    char **names = nullptr;
+    ASSERT_EQ(DBAsciiAccessGetScheme(db_, "SERVER_LIST", &count, &names), 0);
+    EXPECT_EQ(std::vector<std::string>(names, names + count),
+              (std::vector<std::string>{"ServerName", "NetAddress", "Type", "SystemName", "RsbIpAddress", "Community"}));
+    EXPECT_EQ(DBAsciiAccessGetScheme(db_, "EMPTY", &count, &names), 0);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(DBAsciiAccessGetScheme(db_, "NOWHERE", &count, &names), DBASCII_BAD_ARGUMENT);
+    EXPECT_EQ(DBAsciiAccessTableOpen(db_, "EMPTY"), 0);
+    EXPECT_EQ(DBAsciiAccessTableOpen(db_, "NOWHERE"), DBASCII_BAD_ARGUMENT);
+}
+
+TEST(DatabaseFile, UnreadableAndOddFiles) {
+    DBAsciiAccessDatabase *db = reinterpret_cast<DBAsciiAccessDatabase *>(&db);
+    EXPECT_EQ(DBAsciiAccessOpen("/nonexistent/hwinv.dba", DBASCII_ACCESS_READ, &db), DBASCII_UNREADABLE);
+    EXPECT_EQ(db, nullptr);
+    EXPECT_EQ(DBAsciiAccessOpen(nullptr, DBASCII_ACCESS_READ, &db), DBASCII_BAD_ARGUMENT);
+    const char oddText[] = "row before any table\n[]\n[ T ]\n\xff\x00|\r\n|||\n";
+    const std::string odd(oddText, sizeof oddText - 1);
+    ASSERT_EQ(DBAsciiAccessOpenText(odd.data(), odd.size(), &db), 0);
+    int count = 0;
+    EXPECT_EQ(DBAsciiAccessGetScheme(db, "T", &count, nullptr), 0);
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(DBAsciiAccessGetElementColumn(db, "T", "\xff"), 0) << "a field ends at a NUL byte";
+    DBAsciiAccessRow *rows = nullptr;
+    EXPECT_EQ(DBAsciiAccessGetAllEntriesByCondition(db, "T", "", &rows, 0, "", 114, 0, 110, 0, 0), 1);
+    DBAsciiAccessFree(rows);
+    DBAsciiAccessCloseKeepStaticDllInfo(db);
+}
+
+// --- trap files
+
+const std::string kHead = "KXSNMPTRAP 1\n";
+
+// The records of one read as "oid|type|value" lines (value bytes as read).
+std::vector<std::string> Lines(const KXSnmpVar *records, int count) {
+    std::vector<std::string> lines;
+    for (int i = 0; i < count; ++i)
+        lines.push_back(std::string(records[i].Oid) + "|" + records[i].Type + "|" +
+                        std::string(records[i].Value, KXSnmpFileValueLength(records, i)));
+    return lines;
+}
+
+// A record to write; the writer takes texts it does not change.
+KXSnmpVar Var(const char *oid, const char *type, const char *value) {
+    return {const_cast<char *>(oid), const_cast<char *>(type), const_cast<char *>(value)};
+}
+
+TEST(TrapFileText, WholeBrokenAndBinaryFiles) {
+    struct Case { std::string text; int result; std::vector<std::string> lines; };
+    const std::string mac("|OCTETSTRING|\x00\x19\x99\x0A\x0B\x0C", 19);
+    const std::vector<Case> cases = {
+        {kHead + "\t\t\n1.3.6.1.4.1.99999\tIPADDRESS\t10.0.0.1\n1.3.6.1.4.1.99999.5\tOCTETSTRING\t%00%19%99%0a%0B%0C\nEND\n",
+         3, {"||", "1.3.6.1.4.1.99999|IPADDRESS|10.0.0.1", "1.3.6.1.4.1.99999.5" + mac}},
+        {"KXSNMPTRAP 1\r\n# a note\r\n\r\n1.3\tINTEGER\t%25 and %7C\r\nEND\r\n", 1, {"1.3|INTEGER|% and |"}},
+        {kHead + "END\n", KX_SNMPFILE_EMPTY, {}},
+        {"", KX_SNMPFILE_NOT_A_TRAP, {}},
+        {kHead, KX_SNMPFILE_NOT_A_TRAP, {}},                                 // cut before its end line
+        {kHead + "1.3\tINTEGER\t5\nEN", KX_SNMPFILE_NOT_A_TRAP, {}},
+        {kHead + "1.3\tINTEGER\t5", KX_SNMPFILE_NOT_A_TRAP, {}},
+        {kHead + "1.3\tINTEGER\n" + "END\n", KX_SNMPFILE_NOT_A_TRAP, {}},   // two fields
+        {kHead + "1.3\tINTEGER\t5\t6\nEND\n", KX_SNMPFILE_NOT_A_TRAP, {}},  // four fields
+        {kHead + "1.3\tINTEGER\t%G1\nEND\n", KX_SNMPFILE_NOT_A_TRAP, {}},
+        {kHead + "1.3\tINTEGER\t%4\nEND\n", KX_SNMPFILE_NOT_A_TRAP, {}},
+        {kHead + "END\nmore\n", KX_SNMPFILE_NOT_A_TRAP, {}},
+        {std::string("\x7f" "ELF\x02\x01\x00\x00\n\t\t\nEND\n", 16), KX_SNMPFILE_NOT_A_TRAP, {}},
+    };
+    for (const Case &c : cases) {
+        KXSnmpVar *records = reinterpret_cast<KXSnmpVar *>(&records);
+        const int n = KXSnmpFileReadText(c.text.data(), c.text.size(), &records);
+        EXPECT_EQ(n, c.result) << c.text;
+        EXPECT_EQ(Lines(records, n), c.lines) << c.text;
+        EXPECT_EQ(records == nullptr, n < 1) << c.text;
+        EXPECT_EQ(KXSnmpFileValueLength(records, n), 0u);
+        KXSnmpFileFreeResources(records);
+    }
+    EXPECT_EQ(KXSnmpFileReadText("x", 1, nullptr), KX_SNMPFILE_BAD_ARGUMENT);
+    EXPECT_EQ(KXSnmpFileRead(-1, nullptr, nullptr, 0), KX_SNMPFILE_BAD_ARGUMENT);
+}
+
+TEST(TrapFileDisk, WrittenWholeAndReadBack) {
+    const TempDir dir;
+    const std::string path = dir.path() + "/T0001.42";
+    const std::string value("\x00\x19\x99\x0A\x0B\x0C", 6);
+    const KXSnmpVar records[] = {Var(nullptr, "TIMETICKS", "12"), Var("1.3.6.1.4.1.99999", nullptr, "10.0.0.1"),
+                                 Var("1.3.6.1.4.1.99999.5", "OCTETSTRING", value.data())};
+    const size_t lengths[] = {2, 8, 6};
+    ASSERT_EQ(KXSnmpFileWrite(path.c_str(), records, lengths, 3), 0);
+    size_t length = 0;
+    HeapText text(KXSnmpFileFormatText(records, lengths, 3, &length));
+    EXPECT_EQ(std::string(text.Get(), length),
+              kHead + "\tTIMETICKS\t12\n1.3.6.1.4.1.99999\t\t10.0.0.1\n"
+                      "1.3.6.1.4.1.99999.5\tOCTETSTRING\t%00%19%99%0A%0B%0C\nEND\n");
+    KXSnmpVar *read = nullptr;
+    const int fd = open(path.c_str(), O_RDONLY);
+    ASSERT_EQ(KXSnmpFileRead(fd, "ignored", &read, 0), 3);
+    close(fd);
+    EXPECT_EQ(Lines(read, 3)[2], "1.3.6.1.4.1.99999.5|OCTETSTRING|" + value);
+    KXSnmpFileFreeResources(read);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1) << "no temporary file left";
+    EXPECT_EQ(KXSnmpFileRead(-1, (dir.path() + "/none").c_str(), &read, 0), KX_SNMPFILE_UNREADABLE);
+    EXPECT_EQ(KXSnmpFileWrite((dir.path() + "/no/dir/T1").c_str(), records, lengths, 3), KX_SNMPFILE_UNREADABLE);
+    EXPECT_EQ(KXSnmpFileWrite(path.c_str(), nullptr, nullptr, 1), KX_SNMPFILE_BAD_ARGUMENT);
+    EXPECT_EQ(KXSnmpFileFormatText(records, nullptr, -1, nullptr), nullptr);
+}
+
+// A receiver rewrites one trap file again and again while a reader reads it:
+// every read gets one whole version, never a part.
+TEST(TrapFileDisk, ReadersNeverSeeAPartOfAFile) {
+    const TempDir dir;
+    const std::string path = dir.path() + "/T0002.7";
+    const auto version = [](int count) {
+        return std::vector<KXSnmpVar>(static_cast<size_t>(count),
+                                      Var("1.3.6.1.2.1.1.5.0", "OCTETSTRING", "a value of some length"));
+    };
+    const std::vector<KXSnmpVar> small = version(300), large = version(3000);
+    ASSERT_EQ(KXSnmpFileWrite(path.c_str(), small.data(), nullptr, 300), 0);
+    const pid_t writer = fork();
+    ASSERT_GE(writer, 0);
+    if (writer == 0) {
+        for (int i = 0; i < 40; ++i) {
+            const auto &records = i % 2 ? small : large;
+            if (KXSnmpFileWrite(path.c_str(), records.data(), nullptr, static_cast<int>(records.size())) != 0) _exit(1);
+        }
+        _exit(0);
+    }
+    int partial = 0, reads = 0;
+    for (int status = 0; waitpid(writer, &status, WNOHANG) == 0; ++reads) {
+        KXSnmpVar *records = nullptr;
+        const int n = KXSnmpFileRead(-1, path.c_str(), &records, 0);
+        if (n != 300 && n != 3000) ++partial;
+        KXSnmpFileFreeResources(records);
+    }
+    EXPECT_EQ(partial, 0) << "of " << reads << " reads";
+    EXPECT_GT(reads, 0);
+}
+
+// --- MIBs
+
+class MibDirectory : public ::testing::Test {
+protected:
+    void SetUp() override {
+        // A MIB as a vendor writes one: SMIv1 imports, a table, an enumeration,
+        // traps with annotations, and comments that hide words.
+        dir_.Write("Q47.MIB", kx::test::ReadFile(KX_SOURCE_DIR "/tests/data/Q47.MIB"));
+        dir_.Write("notes.txt", "no MIB here\n");
+        KXSetMibPath(dir_.path().c_str());
+    }
+    TempDir dir_;
+};
+
+std::string Text(const char *text, int length) { return text != nullptr ? std::string(text, length) : "<null>"; }
+
+TEST_F(MibDirectory, NamesOidsAndSyntax) {
+    struct Case { const char *oid, *mib, *object, *objectOid; };
+    const std::vector<Case> cases = {
+        {"1.3.6.1.4.1.99999.1.0", "Q47.MIB", "q47FanStatus", "1.3.6.1.4.1.99999.1"},
+        {".1.3.6.1.4.1.99999.4.1.2.7", "Q47.MIB", "q47SvrNicIpAddress", "1.3.6.1.4.1.99999.4.1.2"},
+        {"1.3.6.1.4.1.99999.77", "Q47.MIB", "q47", "1.3.6.1.4.1.99999"},
+        {"1.3.6.1.4.1", nullptr, "enterprises", "1.3.6.1.4.1"},  // an SMI root belongs to no MIB
+        {"1.3.6.1.6.3", nullptr, "snmpModules", "1.3.6.1.6.3"},
+        {"1.3.x", nullptr, nullptr, nullptr},
+        {"", nullptr, nullptr, nullptr},
+    };
+    for (const Case &c : cases) {
+        KXMib *mib = nullptr;
+        const HeapText name(KXGetMibname(&mib, c.oid));
+        EXPECT_EQ(name.str(), c.mib ? c.mib : "<null>") << c.oid;
+        EXPECT_EQ(mib != nullptr, c.mib != nullptr) << c.oid;
+        char *object = nullptr, *objectOid = nullptr;
+        EXPECT_EQ(KXGetName(mib, c.oid, &object, &objectOid, 0), c.object ? 0 : -1) << c.oid;
+        EXPECT_EQ(HeapText(object).str(), c.object ? c.object : "<null>") << c.oid;
+        EXPECT_EQ(HeapText(objectOid).str(), c.objectOid ? c.objectOid : "<null>") << c.oid;
+        KXFreeResources(mib);
+    }
+    struct OidCase { const char *file, *entry, *column, *oid; };
+    for (const OidCase &c : std::vector<OidCase>{
+             {"q47.mib", "q47SvrNicInfoEntry", "q47SvrNicIpAddress", "1.3.6.1.4.1.99999.4.1.2"},
+             {"Q47.MIB", nullptr, "q47FanName", "1.3.6.1.4.1.99999.3"},
+             {"Q47.MIB", "q47SvrNicInfoEntry", nullptr, "1.3.6.1.4.1.99999.4.1"},
+             {"Q47.MIB", "q47SvrNicInfoTable", "q47SvrNicIpAddress", nullptr},  // not its entry
+             {"Other.mib", nullptr, "q47FanName", nullptr},
+             {"Q47.MIB", nullptr, "enterprises", nullptr}}) {
+        char *oid = reinterpret_cast<char *>(1);
+        EXPECT_EQ(KXGetOID(c.file, c.entry, c.column, &oid), c.oid ? 0 : -1) << c.column;
+        EXPECT_EQ(HeapText(oid).str(), c.oid ? c.oid : "<null>") << c.column;
+    }
+    for (const auto &[object, syntax] : std::vector<std::pair<const char *, const char *>>{
+             {"q47FanStatus", "INTEGER"}, {"q47FanName", "OCTETSTRING"}, {"q47SvrNicIpAddress", "IPADDRESS"},
+             {"q47SvrNicInErrors", "COUNTER"}, {"q47SvrNicInfoEntry", nullptr}, {"nothing", nullptr}}) {
+        char *text = nullptr;
+        EXPECT_EQ(KXGetSyntax(nullptr, object, nullptr, &text), syntax ? 0 : -1) << object;
+        EXPECT_EQ(HeapText(text).str(), syntax ? syntax : "<null>") << object;
+    }
+}
+
+TEST_F(MibDirectory, EnumerationsAndSeverities) {
+    KXMibValues *values = nullptr;
+    ASSERT_EQ(KXGetValues(nullptr, nullptr, "1.3.6.1.4.1.99999.1", KX_MIB_VALUES_ENUMERATION, &values), 6);
+    const std::vector<const char *> expected = {nullptr, "unknown", "ok", "failed", nullptr, "removed"};
+    for (int i = 0; i < values->NameCount; ++i) EXPECT_STREQ(values->Names[i], expected[i]) << i;
+    EXPECT_STREQ(values->Object, "q47FanStatus");
+    KXFreeResources(values);
+    EXPECT_EQ(KXGetValues(nullptr, "q47FanName", nullptr, KX_MIB_VALUES_ENUMERATION, &values), 0);
+    EXPECT_EQ(KXGetValues(nullptr, "q47FanStatus", nullptr, 1, &values), -1);
+    EXPECT_EQ(KXGetValues(nullptr, "nothing", nullptr, KX_MIB_VALUES_ENUMERATION, &values), -1);
+    EXPECT_EQ(values, nullptr);
+    for (const auto &[text, number] : std::vector<std::pair<const char *, int>>{
+             {"CRITICAL", 1}, {" major ", 2}, {"Minor", 3}, {"WARNING", 3}, {"INFORMATIONAL", 4},
+             {"UNKNOWN", 0}, {"", 0}, {"loud", 0}, {nullptr, 0}})
+        EXPECT_EQ(KXSeverityTextToNumber(text), number) << (text ? text : "NULL");
+}
+
+TEST_F(MibDirectory, AnotherDirectoryIsReadAfresh) {
+    TempDir other;
+    other.Write("Q48.mib", "Q48-MIB DEFINITIONS ::= BEGIN\nIMPORTS enterprises FROM RFC1155-SMI;\n"
+                           "q48 OBJECT IDENTIFIER ::= { enterprises 48 }\nEND\n");
+    KXMib *mib = nullptr;
+    EXPECT_EQ(HeapText(KXGetMibname(&mib, "1.3.6.1.4.1.99999.1")).str(), "Q47.MIB");
+    KXFreeResources(mib);
+    KXSetMibPath(other.path().c_str());
+    EXPECT_EQ(HeapText(KXGetMibname(&mib, "1.3.6.1.4.1.99999.1")).str(), "<null>");
+    EXPECT_EQ(HeapText(KXGetMibname(&mib, "1.3.6.1.4.1.48.2")).str(), "Q48.mib");
+    KXFreeResources(mib);
+}
+
+// A description as "name|variables|description|type|summary|arguments|severity".
+std::string Described(const KXTrapDescription *d) {
+    if (d == nullptr) return "<none>";
+    std::string out = Text(d->Name, d->NameLength) + "|";
+    for (int i = 0; i < d->VariableCount; ++i) out += std::string(i > 0 ? "," : "") + d->Variables[i];
+    for (const auto &[text, length] : {std::pair{d->Description, d->DescriptionLength}, {d->Type, d->TypeLength},
+                                       {d->Summary, d->SummaryLength}, {d->Arguments, d->ArgumentCount},
+                                       {d->Severity, d->SeverityLength}})
+        out += "|" + Text(text, length);
+    return out;
+}
+
+TEST_F(MibDirectory, TrapDescriptionsFromTheFile) {
+    const KXTrapDescription *fan = GetTrapPointer("Q47.MIB", ".1.3.6.1.4.1.99999", "3", "6");
+    EXPECT_EQ(Described(fan), "q47FanFailed|q47FanName,q47FanStatus|A fan failed.|Fan failure|Fan %s failed (%d)|01|CRITICAL");
+    ASSERT_NE(fan, nullptr);
+    EXPECT_EQ(fan->Reserved3 | fan->Reserved4 | fan->Reserved17[0] | fan->Reserved17[6], 0);
+    EXPECT_EQ(GetTrapPointer("Q47.MIB", "1.3.6.1.4.1.99999", "3", "6"), fan) << "kept, not parsed again";
+    EXPECT_EQ(Described(GetTrapPointer("Q47.MIB", "1.3.6.1.4.1.99999.2.10", "12", "6")),
+              "q47HostUp|q47FanName|Host is up.|Host state|Host %s is up|<null>|informational");
+    struct Miss { const char *file, *oid, *specific, *generic; bool found; };
+    for (const Miss &m : std::vector<Miss>{
+             {"Q47.MIB", "1.3.6.1.4.1.99999", "77", "0", true},   // generic below 6: its number counts
+             {"Q47.MIB", "1.3.6.1.4.1.99999", "0", "6", true},
+             {"Q47.mib", "1.3.6.1.4.1.99999", "3", "6", true},    // the extension in any case
+             {"Q47.MIB", "1.3.6.1.4.1.99999", "9", "6", false},   // only in a comment
+             {"Q47.MIB", "1.3.6.1.4.1.99999", "3", "7", false},
+             {"Q47.MIB", "1.3.6.1.4.1.99998", "3", "6", false},
+             {"Q47.MIB", "1.3.6.1.4.1.99999", "x", "6", false},
+             {"Missing.mib", "1.3.6.1.4.1.99999", "3", "6", false},
+             {"Q47.MIB", nullptr, "3", "6", false}})
+        EXPECT_EQ(GetTrapPointer(m.file, m.oid, m.specific, m.generic) != nullptr, m.found) << m.specific;
+}
+
+TEST(TrapMibText, BrokenAndOddTexts) {
+    struct Case {
+        std::string text;
+        int traps;
+        const char *oid, *specific, *name;  // a look-up and the trap it finds (NULL: none)
+    };
+    const std::string tail = " ::= 5\n";
+    const std::vector<Case> cases = {
+        {"t TRAP-TYPE ENTERPRISE enterprises DESCRIPTION \"cut", 0, "1.3.6.1.4.1", "5", nullptr},
+        {"t TRAP-TYPE ENTERPRISE enterprises VARIABLES { a, b ::= 4\n"
+         "u TRAP-TYPE ENTERPRISE enterprises" + tail, 1, "1.3.6.1.4.1", "5", "u"},
+        {"t TRAP-TYPE ENTERPRISE nowhere" + tail, 1, "1.3.6.1.4.1", "5", nullptr},
+        {"a OBJECT IDENTIFIER ::= { b 1 }\nb OBJECT IDENTIFIER ::= { a 1 }\n"
+         "t TRAP-TYPE ENTERPRISE a" + tail, 1, "1.3.6.1.4.1", "5", nullptr},
+        {"t TRAP-TYPE ENTERPRISE { iso(1) org(3) dod(6) internet(1) private(4) enterprises(1) 7 }" + tail, 1,
+         "1.3.6.1.4.1.7", "5", "t"},
+        {"TRAP-TYPE MACRO ::= BEGIN TYPE NOTATION ::= \"ENTERPRISE\" value ::= 5 END\n"
+         "t TRAP-TYPE ENTERPRISE mib-2" + tail, 1, "1.3.6.1.2.1", "5", "t"},
+        {"t TRAP-TYPE ENTERPRISE snmpV2 --#ARGUMENTS { 0, 1, 12 }\n" + tail, 1, "1.3.6.1.6", "5", "t"},
+        {"t TRAP-TYPE ENTERPRISE enterprises\n" + tail + "t TRAP-TYPE ENTERPRISE private" + tail, 2,
+         "1.3.6.1.4", "5", "t"},
+        {std::string("t\0u TRAP-TYPE ENTERPRISE enterprises", 36) + tail, 1, "1.3.6.1.4.1", "5", "t"},  // fuzz find
+        {"t TRAP-TYPE ENTERPRISE enterprises ::= }", 0, "1.3.6.1.4.1", "5", nullptr},
+        {"\xff\xfe{{{{ \"\" -- --# ::= ::=", 0, "1.3.6.1.4.1", "5", nullptr},
+        {"", 0, "1.3.6.1.4.1", "5", nullptr},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(KXSetTrapMibText("mem.mib", c.text.data(), c.text.size()), c.traps) << c.text;
+        const KXTrapDescription *d = GetTrapPointer("mem.mib", c.oid, c.specific, "6");
+        EXPECT_EQ(d != nullptr ? Text(d->Name, d->NameLength) : "<null>", c.name ? c.name : "<null>") << c.text;
+    }
+    EXPECT_EQ(GetTrapPointer("mem.mib", "1.3.6.1.4.1", "5", "6"), nullptr);
+    KXSetTrapMibText("mem.mib", cases[6].text.data(), cases[6].text.size());
+    const KXTrapDescription *d = GetTrapPointer("mem.mib", "1.3.6.1.6", "5", "6");
+    ASSERT_NE(d, nullptr);
+    EXPECT_EQ(Text(d->Arguments, d->ArgumentCount), "01<");
+    std::string comments;
+    for (int i = 0; i < 2000; ++i) comments += "-- x TRAP-TYPE ENTERPRISE enterprises ::= 1\n";
+    EXPECT_EQ(KXSetTrapMibText("mem.mib", comments.data(), comments.size()), 0);
+    EXPECT_EQ(KXSetTrapMibText(nullptr, "", 0), -1);
+    EXPECT_EQ(KXSetTrapMibText("mem.mib", nullptr, 1), -1);
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 // Profiles, ini and user files: reading and writing, user ids, the user
-// tree and its confinement, value lists and sort tables.
+// tree and its confinement, value lists and sort tables, under several
+// processes at once.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,65 +20,37 @@ namespace {
 
 namespace fs = std::filesystem;
 using kx::test::HeapText;
-
-std::string Slurp(const std::string &path) {
-    std::string content;
-    if (FILE *f = std::fopen(path.c_str(), "rb")) {
-        for (int c; (c = std::fgetc(f)) != EOF;) content += static_cast<char>(c);
-        std::fclose(f);
-    }
-    return content;
-}
+using kx::test::ReadFile;
 
 // Every test runs in a fresh directory: the application directory of a
 // list without RootPath, RootDirectory and Application pieces.
-class Profile : public kx::test::FreshGlobals {
+class Profile : public kx::test::InTempDir {
 protected:
     void SetUp() override {
-        FreshGlobals::SetUp();
-        saved_ = fs::current_path();
-        fs::current_path(dir_.path());
+        InTempDir::SetUp();
         for (const char *name : {"UserID", "Profile", "NewProfile", "ErrorText", "Columns", "Refresh", "Filter",
                                  "Application", "Keys", "Texts", "Mibname"})
             in_.Add(name);
     }
-    void TearDown() override {
-        fs::current_path(saved_);
-        FreshGlobals::TearDown();
-    }
-    void Set(const char *name, const char *text) { SetEingabeWert(in_.count(), in_.list(), name, text); }
     EingabeElement &At(const char *name) { return in_[EingabewertIndex(name, in_.list(), in_.count())]; }
-    std::vector<std::string> Values(const char *name) {
-        std::vector<std::string> values;
-        const EingabeElement &e = At(name);
-        for (int i = 0, at = 0; e.Wert != nullptr && i < e.WertGesetzt; ++i, at += values.back().size() + 1)
-            values.emplace_back(e.Wert + at);
-        return values;
-    }
+    std::string Values(const char *name) const { return in_.ValuesOf(name); }  // each in brackets
     std::string Error() { return At("ErrorText").Wert ? At("ErrorText").Wert : ""; }
     int Write(const char *divider, const char *mode, std::vector<const char *> names, const char *path) {
         return WriteIniFile(in_.count(), in_.list(), divider, mode, static_cast<int>(names.size()), names.data(), path,
                             nullptr, nullptr);
     }
-
-    kx::test::TempDir dir_;
-    fs::path saved_;
-    kx::test::InputList in_;
 };
 
 TEST_F(Profile, ReadsIniLinesIntoEntries) {
-    struct Case {
-        std::string file;
-        std::vector<std::string> columns;
-    };
+    struct Case { std::string file, columns; };
     const std::vector<Case> cases = {
-        {"|\nColumns=a|b|c\n", {"a", "b", "c"}},
-        {"|\r\nColumns=a|b\r\nUnknown=1\nno equals sign\n", {"a", "b"}},
-        {";\nColumns=x=y;|z", {"x=y", "|z"}},
+        {"|\nColumns=a|b|c\n", "[a][b][c]"},
+        {"|\r\nColumns=a|b\r\nUnknown=1\nno equals sign\n", "[a][b]"},
+        {";\nColumns=x=y;|z", "[x=y][|z]"},
         // The divider is cut to 15 bytes.
-        {"0123456789ABCDEFGHIJ\nColumns=a0123456789ABCDEFb0123456789ABCDE", {"a", "Fb", ""}},
-        {std::string("|\nColumns=a\0b|c\n", 16), {"a"}},
-        {"|\nColumns=" + std::string(100000, 'v') + "\n", {std::string(100000, 'v')}},
+        {"0123456789ABCDEFGHIJ\nColumns=a0123456789ABCDEFb0123456789ABCDE", "[a][Fb][]"},
+        {std::string("|\nColumns=a\0b|c\n", 16), "[a]"},
+        {"|\nColumns=" + std::string(100000, 'v') + "\n", "[" + std::string(100000, 'v') + "]"},
     };
     for (const Case &c : cases) {
         Set("Columns", nullptr);
@@ -93,11 +69,7 @@ TEST_F(Profile, WritesAndAppendsIniFiles) {
     ErmittleTextElemente(At("Columns").Wert, "|", nullptr, nullptr);
     At("Columns").WertGesetzt = 2;
     Set("Refresh", "30");
-    struct Case {
-        const char *divider, *mode, *before;
-        int result;
-        const char *after, *error;
-    };
+    struct Case { const char *divider, *mode, *before; int result; const char *after, *error; };
     const std::vector<Case> cases = {
         {",", "w", nullptr, 0, ",\nColumns=x,y\nRefresh=30\n", ""},
         {nullptr, "a", ";\nA=1\n", 0, ";\nA=1\nColumns=x;y\nRefresh=30\n", ""},
@@ -111,7 +83,7 @@ TEST_F(Profile, WritesAndAppendsIniFiles) {
         Set("ErrorText", nullptr);
         if (c.before != nullptr) dir_.Write("w.ini", c.before);
         EXPECT_EQ(Write(c.divider, c.mode, {"Columns", "Filter", "Refresh", "Nobody"}, "w.ini"), c.result);
-        EXPECT_EQ(Slurp("w.ini"), c.after ? c.after : "") << c.mode;
+        EXPECT_EQ(ReadFile("w.ini"), c.after ? c.after : "") << c.mode;
         EXPECT_EQ(Error(), c.error);
         EXPECT_EQ(At("Columns").WertPosition, 0);
     }
@@ -120,11 +92,11 @@ TEST_F(Profile, WritesAndAppendsIniFiles) {
     char *written = nullptr;
     const char *names[] = {"Refresh"};
     ASSERT_EQ(WriteIniFile(in_.count(), in_.list(), "|", "w", 1, names, "s.ini", &stream, &written), 0);
-    EXPECT_STREQ(HeapText(written).get(), "s.ini");
-    EXPECT_EQ(Slurp("s.ini"), "|\nRefresh=30\n");
+    EXPECT_STREQ(HeapText(written).Get(), "s.ini");
+    EXPECT_EQ(ReadFile("s.ini"), "|\nRefresh=30\n");
     std::fputs("Extra=1\n", stream);
     std::fflush(stream);
-    EXPECT_EQ(Slurp("s.ini"), "|\nRefresh=30\nExtra=1\n");
+    EXPECT_EQ(ReadFile("s.ini"), "|\nRefresh=30\nExtra=1\n");
     std::fclose(stream);
     EXPECT_EQ(Write("|", "w", {"Refresh"}, nullptr), -1);  // no user directory: ENOENT
     EXPECT_EQ(Error(), "WriteIniFile: CreateUIDFile  fails with 2");
@@ -135,8 +107,7 @@ TEST_F(Profile, ReadsFilesDroppingLines) {
     dir_.Write("empty.txt", "");
     const char *exclusions[] = {nullptr, "TRAP-TYPE", ""};
     int length = -1;
-    HeapText kept(UtilsReadFile("m.txt", &length, exclusions, 3));
-    EXPECT_EQ(kept.str(), "keep\nlast");
+    EXPECT_EQ(HeapText(UtilsReadFile("m.txt", &length, exclusions, 3)).str(), "keep\nlast");
     EXPECT_EQ(length, 9);
     EXPECT_EQ(UtilsReadFile("empty.txt", &length, nullptr, 0), nullptr);
     EXPECT_EQ(length, 0);
@@ -145,15 +116,10 @@ TEST_F(Profile, ReadsFilesDroppingLines) {
 TEST_F(Profile, NameValueFilesThroughInih) {
     dir_.Write("OID2Mib.ini",
                "; comment\n1.3.6.1.4.1.231 = FSC-SERVER.mib\n[x]\n1.3.6.1.2=RFC1213.mib\n1.3.6.1.2=second\n");
-    struct Case {
-        const char *name, *value;
-    };
+    struct Case { const char *name, *value; };
     const std::vector<Case> cases = {{"1.3.6.1.4.1.231", "FSC-SERVER.mib"}, {"1.3.6.1.2", "RFC1213.mib"}, {"1.3", nullptr}};
-    for (const Case &c : cases) {
-        char *value = KXUtilsGetValueFromName("OID2Mib.ini", c.name, 0);
-        EXPECT_EQ(value ? std::string(value) : "<null>", c.value ? c.value : "<null>");
-        KXUtilsFreeResources(value);
-    }
+    for (const Case &c : cases)
+        EXPECT_EQ(HeapText(KXUtilsGetValueFromName("OID2Mib.ini", c.name, 0)).str(), c.value ? c.value : "<null>");
     EXPECT_EQ(KXUtilsGetValueFromName("missing.ini", "1.3", 0), nullptr);
 }
 
@@ -163,8 +129,8 @@ TEST_F(Profile, AllocatesUserIdsAndFindsProfiles) {
     EXPECT_FALSE(fs::exists("uids"));
     Set("UserID", nullptr);
     EXPECT_EQ(CreateUID(in_.count(), in_.list()), 1);
-    EXPECT_EQ(Slurp("uids"), "1");
-    EXPECT_EQ(Values("UserID"), std::vector<std::string>{"1"});
+    EXPECT_EQ(ReadFile("uids"), "1");
+    EXPECT_EQ(Values("UserID"), "[1]");
     Set("UserID", "0");
     EXPECT_EQ(CreateUID(in_.count(), in_.list()), 2);
     EXPECT_TRUE(fs::is_directory("uid/2"));
@@ -179,7 +145,7 @@ TEST_F(Profile, AllocatesUserIdsAndFindsProfiles) {
     EXPECT_EQ(profile, At("NewProfile").Wert);
     char *path = nullptr;
     EXPECT_EQ(CreateUIDFIle(in_.count(), in_.list(), 1, &path), 0);
-    EXPECT_STREQ(HeapText(path).get(), "uid/2/Mine");
+    EXPECT_STREQ(HeapText(path).Get(), "uid/2/Mine");
     Set("NewProfile", " \t\xA0");
     Set("Profile", "  ");
     EXPECT_EQ(ValidateProfile(in_.count(), in_.list(), &profile), 3);
@@ -193,6 +159,7 @@ TEST_F(Profile, AllocatesUserIdsAndFindsProfiles) {
     char **files = nullptr;
     EXPECT_EQ(CreateUIDFileList(in_.count(), in_.list(), &files), 2);
     EXPECT_STREQ(files[1], "2");
+    EXPECT_EQ(files[2], nullptr) << "a NULL pointer ends the list";
     KXUtilsFreeResources(files);
 }
 
@@ -220,12 +187,12 @@ TEST_F(Profile, NamedFilesOfTheTrapApplication) {
     const char *names[] = {"Columns"};
     char *path = nullptr;
     EXPECT_EQ(WriteNamedUIDFile(in_.count(), in_.list(), "Filter", "|", 1, names, &path), 0);
-    EXPECT_STREQ(HeapText(path).get(), "uid/4/Traps/FilterP1");
-    EXPECT_EQ(Slurp("uid/4/Traps/FilterP1"), "|\nFilter=on\nColumns=c\n");
+    EXPECT_STREQ(HeapText(path).Get(), "uid/4/Traps/FilterP1");
+    EXPECT_EQ(ReadFile("uid/4/Traps/FilterP1"), "|\nFilter=on\nColumns=c\n");
     dir_.Write("uid/4/Traps/Filter", "|\nFilter=plain\n");
     EXPECT_EQ(DeleteNamedUIDFile(in_.count(), in_.list(), "Filter"), 0);
     EXPECT_EQ(ReadNamedUIDFile(in_.count(), in_.list(), "Filter"), 0);
-    EXPECT_EQ(Values("Filter"), std::vector<std::string>{"plain"});
+    EXPECT_EQ(Values("Filter"), "[plain]");
     Set("Refresh", nullptr);
     EXPECT_EQ(WriteNamedUIDFile(in_.count(), in_.list(), "Refresh", "|", 1, names, nullptr), 0);
     EXPECT_FALSE(fs::exists("uid/4/Traps/RefreshP1"));
@@ -240,9 +207,7 @@ TEST_F(Profile, ConfinesRequestPathsToTheUserDirectory) {
     fs::create_directories("uid/3");
     dir_.Write("victim", "|\nFilter=secret\n");
     dir_.Write("uid/victim", "|\nFilter=secret\n");
-    struct Case {
-        const char *entry, *value;
-    };
+    struct Case { const char *entry, *value; };
     const std::vector<Case> cases = {
         {"UserID", "3/../.."}, {"UserID", ".."},         {"UserID", "/tmp"},        {"UserID", "3\\..\\.."},
         {"UserID", "%2e%2e"},  {"UserID", "3%2F..%2F.."}, {"UserID", "%252e%252e"}, {"UserID", "3\n"},
@@ -262,13 +227,13 @@ TEST_F(Profile, ConfinesRequestPathsToTheUserDirectory) {
         EXPECT_NE(WriteNamedUIDFile(in_.count(), in_.list(), "Filter", "|", 1, names, nullptr), 0) << c.value;
         EXPECT_EQ(ReadNamedUIDFile(in_.count(), in_.list(), "Filter"), -1) << c.value;
         EXPECT_EQ(DeleteNamedUIDFile(in_.count(), in_.list(), "Filter"), -1) << c.value;
-        EXPECT_EQ(Values("Filter"), std::vector<std::string>{"x"}) << c.value;
+        EXPECT_EQ(Values("Filter"), "[x]") << c.value;
     }
     Set("Profile", "");
     for (const char *name : {"..", "/x"}) EXPECT_EQ(DeleteNamedUIDFile(in_.count(), in_.list(), name), -1);
     EXPECT_EQ(CreateProfileFileList(in_.count(), in_.list(), nullptr, "../.."), 0);
-    EXPECT_EQ(Slurp("victim"), "|\nFilter=secret\n");
-    EXPECT_EQ(Slurp("uid/victim"), "|\nFilter=secret\n");
+    EXPECT_EQ(ReadFile("victim"), "|\nFilter=secret\n");
+    EXPECT_EQ(ReadFile("uid/victim"), "|\nFilter=secret\n");
     EXPECT_EQ(std::distance(fs::directory_iterator("uid/3"), {}), 0);
 }
 
@@ -277,11 +242,8 @@ TEST_F(Profile, ChecksInNumbersThroughTheKeyTable) {
     fs::create_directories("uid/1");
     dir_.Write("uid/1/Keys", ",\nKeys=2,5\nTexts=a,b\nMibname=c,d\n");
     const char *keys[] = {"Keys", "Texts", "Mibname"};
-    struct Case {
-        const char *values;
-        std::vector<std::string> result;
-    };
-    const std::vector<Case> cases = {{"2,x,5", {"a_c", "x", "b_d"}}, {"2,9,5", {"a_c"}}, {"5,2", {"b_d", "a_c"}}};
+    struct Case { const char *values, *result; };
+    const std::vector<Case> cases = {{"2,x,5", "[a_c][x][b_d]"}, {"2,9,5", "[a_c]"}, {"5,2", "[b_d][a_c]"}};
     for (const Case &c : cases) {
         std::string values = c.values;
         Set("Columns", values.c_str());
@@ -293,10 +255,7 @@ TEST_F(Profile, ChecksInNumbersThroughTheKeyTable) {
 }
 
 TEST_F(Profile, ReworksValueLists) {
-    struct Case {
-        const char *name, *old, *added;
-        std::string stream;
-    };
+    struct Case { const char *name, *old, *added; std::string stream; };
     const std::vector<Case> cases = {
         {"Mibname", "a.mib,c.mib", "B.mib,sc.mib", "a.mib,B.mib,c.mib,sc.mib"},
         {"Mibname", "a.mib", "sc.mib", "sc.mib,a.mib"},
@@ -315,12 +274,7 @@ TEST_F(Profile, ReworksValueLists) {
 
     const char cells[] = "h1\0h2\0a\0b\0c\0d\0e\0f";
     const int drop[] = {1};
-    struct Shape {
-        int removeCount, start, end, step, groupSize;
-        const char *markers;
-        int keep;
-        std::string result;
-    };
+    struct Shape { int removeCount, start, end, step, groupSize; const char *markers; int keep; std::string result; };
     for (const Shape &s : std::vector<Shape>{
              {0, 0, 0, 0, 0, nullptr, 0, "h1|h2|a|b|c|d|e|f"},
              {1, 2, 8, 3, 3, nullptr, 1, "h1|h2|a|c|d|e"},
@@ -374,6 +328,76 @@ TEST_F(Profile, SortTablesKeepTheListsInStep) {
     FreeSortTable(3, table);
     EXPECT_EQ(CreateSortTable(lists, 2, nullptr, &table, 0, 0), 0);
     EXPECT_EQ(table, nullptr);
+}
+
+// --- several processes at once: unique user ids, and no torn file when
+// writers are killed at any moment
+
+TEST_F(Profile, UserIdsStayUniqueAcrossProcesses) {
+    constexpr int kProcesses = 8, kIds = 200;
+    int ids[2];
+    ASSERT_EQ(pipe(ids), 0);
+    std::vector<pid_t> children;
+    for (int p = 0; p < kProcesses; ++p) {
+        const pid_t child = fork();
+        if (child == 0) {
+            close(ids[0]);
+            for (int i = 0; i < kIds; ++i) {
+                Set("UserID", nullptr);
+                const int id = CreateUID(in_.count(), in_.list());
+                if (write(ids[1], &id, sizeof id) != sizeof id) _exit(2);
+            }
+            _exit(0);
+        }
+        children.push_back(child);
+    }
+    close(ids[1]);
+    std::set<int> seen;
+    for (int id; read(ids[0], &id, sizeof id) == sizeof id;) EXPECT_TRUE(seen.insert(id).second) << id;
+    close(ids[0]);
+    for (const pid_t child : children) {
+        int status = -1;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    EXPECT_EQ(seen.size(), static_cast<size_t>(kProcesses * kIds));
+    EXPECT_EQ(*seen.begin(), 1);
+    EXPECT_EQ(*seen.rbegin(), kProcesses * kIds);
+    EXPECT_EQ(ReadFile("uids"), std::to_string(kProcesses * kIds));
+}
+
+// A writer killed with SIGKILL at a random moment leaves every file it was
+// replacing either as it was or as it was to become.
+TEST_F(Profile, KilledWritersLeaveWholeFiles) {
+    fs::create_directories("uid/1");
+    const std::string a(20000, 'a'), b(30000, 'b');
+    const std::set<std::string> profiles = {"", "|\nRefresh=" + a + "\n", "|\nRefresh=" + b + "\n"};
+    const std::set<std::string> named = {"", "|\nFilter=on\nRefresh=" + a + "\n", "|\nFilter=on\nRefresh=" + b + "\n"};
+    const char *names[] = {"Refresh"};
+    srand(12345);
+    for (int round = 0; round < 60; ++round) {
+        const pid_t child = fork();
+        if (child == 0) {
+            for (int i = 0;; ++i) {
+                Set("UserID", "1");
+                Set("Profile", "P");
+                Set("Filter", "on");
+                Set("Refresh", (i % 2 ? a : b).c_str());
+                WriteIniFile(in_.count(), in_.list(), "|", "w", 1, names, nullptr, nullptr, nullptr);
+                WriteNamedUIDFile(in_.count(), in_.list(), "Filter", "|", 1, names, nullptr);
+                Set("UserID", nullptr);
+                CreateUID(in_.count(), in_.list());
+            }
+        }
+        usleep(static_cast<useconds_t>(1000 + rand() % 20000));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        EXPECT_EQ(profiles.count(ReadFile("uid/1/P")), 1u) << round;
+        EXPECT_EQ(named.count(ReadFile("uid/1/FilterP")), 1u) << round;
+        const std::string counter = ReadFile("uids");
+        EXPECT_EQ(counter.find_first_not_of("0123456789"), std::string::npos) << counter;
+    }
+    EXPECT_FALSE(ReadFile("uids").empty());
 }
 
 }  // namespace

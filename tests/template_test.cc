@@ -34,16 +34,9 @@ protected:
         SetList("kind", {"K0", "K1"}, 'x');
         SetList("plain", {"P0", "P1"}, 'n');
     }
-    // Each page starts from the same list.
-    void Fresh() {
-        TearDown();
-        SetUp();
-    }
 };
 
-struct Golden {
-    const char *what, *page, *expected;
-};
+struct Golden { const char *what, *page, *expected; };
 
 const Golden kFilePages[] = {
     {"plain line with its line end", "plain line\n", "plain line\n"},

@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
 
 #include "companion/libKXUtils.h"
 #include "companion/libKXmbcs.h"
+#include "core/text.h"
+#include "companion/libSnmpFile.h"
 #include "kx_trap.h"
 #include "trap/trap_internal.h"
 
@@ -35,22 +38,30 @@ void MeasureTag(std::string_view base, std::size_t &enterpriseEnd, std::size_t &
 // A trap to re-label: no MIB tag, or the tag of the unknown MIB.
 bool WantsMib(const char *path) {
     char *mibFile = nullptr;
-    Malloced<char> pieces(GTDetermineActTrapInformation(path, &mibFile, nullptr, nullptr, nullptr, nullptr,
-                                                        nullptr, nullptr, nullptr));
-    Malloced<char> owned(mibFile);
-    return pieces != nullptr && (mibFile == nullptr || _mbsicmp(mibFile, kUnknownMib) == 0);
+    const core::HeapText pieces(GTDetermineActTrapInformation(path, &mibFile, nullptr, nullptr, nullptr, nullptr,
+                                                              nullptr, nullptr, nullptr));
+    const core::HeapText owned(mibFile);
+    return pieces && (mibFile == nullptr || _mbsicmp(mibFile, kUnknownMib) == 0);
 }
 
 // The MIB file that describes the trap of path now, or nullptr.
 char *MibFileFor(const char *path) {
     char *generic = nullptr, *specific = nullptr;
-    Malloced<char> pieces(GTDetermineActTrapInformation(path, nullptr, nullptr, &generic, &specific, nullptr,
-                                                        nullptr, nullptr, nullptr));
-    std::string oid;
-    if (pieces == nullptr || ReadTrapRecordOid(path, oid) < 2) return nullptr;
+    const core::HeapText pieces(GTDetermineActTrapInformation(path, nullptr, nullptr, &generic, &specific, nullptr,
+                                                              nullptr, nullptr, nullptr));
+    KXSnmpVar *records = nullptr;
+    const int count = pieces ? KXSnmpFileRead(-1, path, &records, 0) : 0;
+    std::string oid = count >= 2 && records[1].Oid != nullptr ? records[1].Oid : "";
+    KXSnmpFileFreeResources(records);
+    if (count < 2) return nullptr;
     // The trap's enterprise OID without its last two components.
     for (int cut = 0; cut < 2; ++cut) oid = oid.substr(0, std::min(oid.size(), oid.rfind('.')));
-    return LookUpTrapMibFile(oid.c_str(), specific, generic);
+    GTCreateTrapMibs("./TrapMibs");
+    char *mibFile = nullptr;
+    if (GTGetTrapPointer(oid.c_str(), nullptr, specific, generic, "OID2Mib.ini", &mibFile, nullptr) != nullptr)
+        return mibFile;
+    std::free(mibFile);
+    return nullptr;
 }
 
 void MarkRefresh(const std::string &directory) {
@@ -87,8 +98,8 @@ int KXAdaptTrapFileName(const char *directory) {
     int renamed = 0;
     for (int i = 0; i < count; ++i) {
         if (!kx::trap::WantsMib(list[i])) continue;
-        kx::trap::Malloced<char> mibFile(kx::trap::MibFileFor(list[i]));
-        if (mibFile != nullptr && GTAdaptTrapFileName(list[i], mibFile.get()) == 0) ++renamed;
+        const kx::core::HeapText mibFile(kx::trap::MibFileFor(list[i]));
+        if (mibFile && GTAdaptTrapFileName(list[i], mibFile.Get()) == 0) ++renamed;
     }
     GTFreeRessources(count, list);
     if (renamed > 0) kx::trap::MarkRefresh(folder);

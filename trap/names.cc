@@ -65,7 +65,7 @@ char *TakeMibFile(NameCutter &cut) {
     cut.Step();  // the "n"
     const std::string_view name(cut.At(), std::min(length, std::strlen(cut.At())));
     cut.Skip(length);
-    const std::string file = std::string(name) + "." + MibSuffixFor(name.data(), static_cast<int>(name.size()));
+    const std::string file = std::string(name) + "." + GTDetermineMIBSuffix(name.data(), static_cast<int>(name.size()));
     return HeapCopy(file);
 }
 

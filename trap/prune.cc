@@ -47,8 +47,8 @@ unsigned int ArrivalTime(const char *path, bool &found) {
 
 // The number given to a pruning operation, or nothing (false).
 bool NumberOf(const char *dbFile, const char *table, const char *conditionOrValue, long long &number) {
-    Malloced<char> fromDatabase(table != nullptr ? DatabaseValue(dbFile, table, conditionOrValue) : nullptr);
-    const char *text = table != nullptr ? fromDatabase.get() : conditionOrValue;
+    const core::HeapText fromDatabase(table != nullptr ? KXGetDBValue(dbFile, table, conditionOrValue) : nullptr);
+    const char *text = table != nullptr ? fromDatabase.Get() : conditionOrValue;
     number = LeadingNumber(text);
     return text != nullptr;
 }
@@ -64,9 +64,8 @@ int GTGetTrapFiles(int directoryCount, char **directories, char ***list, const c
     char **found = nullptr;
     const int count = CreateFileList(&found, directories, directoryCount,
                                      kx::trap::TrapFileExpression(prefix).c_str(), 1, 1);
-    kx::trap::Malloced<char *> block(found);
-    if (count < 1) return 0;
-    *list = static_cast<char **>(std::calloc(static_cast<std::size_t>(count), sizeof(char *)));
+    // One copy per name: the caller frees each name and then the list.
+    if (count > 0) *list = static_cast<char **>(std::calloc(static_cast<std::size_t>(count), sizeof(char *)));
     for (int i = 0; *list != nullptr && i < count; ++i) {
         (*list)[i] = kx::core::HeapCopy(found[i]);
         if ((*list)[i] == nullptr) {
@@ -74,6 +73,7 @@ int GTGetTrapFiles(int directoryCount, char **directories, char ***list, const c
             *list = nullptr;
         }
     }
+    std::free(found);  // one block, the names inside it
     return *list != nullptr ? count : 0;
 }
 

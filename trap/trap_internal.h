@@ -2,8 +2,6 @@
 #ifndef KX_TRAP_TRAP_INTERNAL_H
 #define KX_TRAP_TRAP_INTERNAL_H
 
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -14,13 +12,6 @@ inline std::string TrapFileExpression(const char *prefix) {
     return std::string(prefix != nullptr ? prefix : "[tT]") + "[0-9]+.*_[0-9]+_[0-9]+.*[.][0-9]+$";
 }
 
-// Owner of a malloc'd block (texts and lists handed between the layers).
-struct FreeDeleter {
-    void operator()(void *block) const { std::free(block); }
-};
-template <typename T>
-using Malloced = std::unique_ptr<T, FreeDeleter>;
-
 // Leading decimal number of text after blanks, with an optional sign (0 when none).
 long long LeadingNumber(const char *text);
 
@@ -29,26 +20,6 @@ void ApplyDirectorySettings(std::string_view content);
 
 // The directory of the trap functions: the caller's, else TrapsDirectory.
 const char *DirectoryOrDefault(const char *directory);
-
-// --- Lookups in the MIB index, the trap records and the server-list database.
-// These belong to the MIB and database layers; until those are linked in,
-// their stand-ins (trap_lookup_pending.cc) find nothing.
-
-// The spelling of the "mib" extension of the MIB file named by the first
-// length characters of name (all of it when length <= 0).
-const char *MibSuffixFor(const char *name, int length);
-
-// Number of variable records of the trap file at path (below 1: none); the
-// OID text of record 1 goes to enterpriseOid when there are two or more.
-int ReadTrapRecordOid(const char *path, std::string &enterpriseOid);
-
-// The MIB file (a heap text) that describes the trap with that enterprise
-// OID and numbers, or nullptr when no description is found: the MIB index
-// built from "./TrapMibs", looked up with "OID2Mib.ini".
-char *LookUpTrapMibFile(const char *oid, const char *specific, const char *generic);
-
-// The value of the server-list database entry (a heap text), or nullptr.
-char *DatabaseValue(const char *dbFile, const char *table, const char *condition);
 
 }  // namespace kx::trap
 

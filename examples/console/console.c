@@ -23,6 +23,7 @@
 #include "kx_profile.h"
 #include "kx_list.h"
 #include "kx_template.h"
+#include "traps.h"
 
 /* Pages live in this folder beside the program; a request names only the
  * page's file name, never a path. */
@@ -110,10 +111,12 @@ static void SessionToken(struct Token *token) {
     token->fresh = 1;
 }
 
-/* A request that saves (into the definition or the operator's profile)
- * must carry the session's token in its form. */
+/* A request that saves (into the definition or the operator's profile) or
+ * changes the trap store must carry the session's token in its form. */
 static int SaveAllowed(const char *request, const struct Token *token) {
-    if (strstr(request, "SetIniValue") == NULL && strstr(request, "SaveSettings") == NULL) return 1;
+    if (strstr(request, "SetIniValue") == NULL && strstr(request, "SaveSettings") == NULL &&
+        strstr(request, "TrapAction") == NULL)
+        return 1;
     char *sent = RequestValue(request, kTokenName);
     const int same = sent != NULL && !token->fresh && strcmp(sent, token->text) == 0;
     free(sent);
@@ -227,6 +230,8 @@ static const char *Prepare(char *request, const char *program, struct Token *tok
     SetEingabeWert(*count, *list, kTokenName, token->text);
     OperatorProfile(*list, *count);
     ColumnStyle(*list, *count);
+    const char *page = Current(*list, *count, "Page");
+    if (page != NULL && strcmp(HTMLBasename(page), "traps.htm") == 0) TrapPage(*list, *count);
     return NULL;
 }
 

@@ -16,6 +16,15 @@ KX_API const char *KXUtilsBasename(const char *path, int flag);
 /* 0 when path names an existing file or directory, -1 otherwise. */
 KX_API int KXUtilsFileExists(const char *path);
 
+/* The byte offset of the first occurrence of the first length bytes of word
+ * in the file at path outside comments: a comment begins with the text
+ * comment (NULL or "": none) and ends at the next comment mark or line end,
+ * as in ASN.1. -1 when there is none; -2 when the file cannot be read or
+ * path or word is NULL or length is below 1. flags, reserved1 and
+ * reserved2 are 0. */
+KX_API int KXUtilsSearchInFile(const char *path, int length, const char *word, int flags, const char *comment,
+                               int reserved1, int reserved2);
+
 /* Size of the file at path in bytes; -1 when it cannot be determined. */
 KX_API long KXUtilsFileSize(const char *path);
 

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "core/alloc.h"
+#include "core/html_escape.h"
 #include "core/messages.h"
 #include "core/text.h"
-#include "input/eingabe/html_escape.h"
 #include "input/keywords.h"
 #include "input/request_internal.h"
 
@@ -32,7 +32,7 @@ std::size_t Find(std::string_view line, std::string_view separator, std::size_t 
 void Report(const DeclarationTarget &target, int lineNumber, std::string_view separator,
             const char *missing) {
     // The name may come from the request: it is shown escaped.
-    const std::string source = HtmlEscaped(target.sourceName);
+    const std::string source = core::HtmlEscaped(target.sourceName);
     const std::string shownSeparator(separator);
     std::fprintf(request::PageStream(), core::MessageText(core::PageMessage::DefinitionLineLacks),
                  source.c_str(), lineNumber, shownSeparator.c_str(), missing);

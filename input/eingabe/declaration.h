@@ -32,6 +32,10 @@ enum class Declared {
 // reports "<! ErmittleEingabe: ...>" into the page.
 Declared DeclareFromLine(const DeclarationTarget &target, std::string_view line, std::string_view separator);
 
+// The first list anything is declared into becomes the current list (the
+// process-wide handles); an empty list is set to NULL.
+void RememberList(EingabeElement **list, int *count);
+
 }  // namespace kx::input
 
 #endif

@@ -44,7 +44,8 @@ Declared DeclareOne(int *count, EingabeElement **list, std::string_view separato
     return DeclareFromLine(target, line, separator.substr(0, separator.find_first_of("\r\n")));
 }
 
-// The first list anything is declared into becomes the current list.
+}  // namespace
+
 void RememberList(EingabeElement **list, int *count) {
     if (_pEingabe == nullptr) {
         _pEingabe = list;
@@ -53,7 +54,6 @@ void RememberList(EingabeElement **list, int *count) {
     if (*count == 0) *list = nullptr;
 }
 
-}  // namespace
 }  // namespace kx::input
 
 extern "C" {

@@ -11,6 +11,7 @@
 
 #include "companion/libDBAsciiAccess.h"
 #include "database.h"
+#include "platform/text_block.h"
 
 struct DBAsciiAccessDatabase {
     std::vector<dbascii::Table> tables;
@@ -59,21 +60,6 @@ bool Matches(const Condition &condition, const std::vector<std::string> &row) {
     return true;
 }
 
-// One block: count text pointers, then the texts.
-char **TextBlock(const std::vector<const std::string *> &texts) {
-    std::size_t size = texts.size() * sizeof(char *);
-    for (const std::string *text : texts) size += text->size() + 1;
-    char *block = static_cast<char *>(std::malloc(size));
-    if (block == nullptr) return nullptr;
-    auto *pointers = reinterpret_cast<char **>(block);
-    char *at = block + texts.size() * sizeof(char *);
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        pointers[i] = static_cast<char *>(std::memcpy(at, texts[i]->c_str(), texts[i]->size() + 1));
-        at += texts[i]->size() + 1;
-    }
-    return pointers;
-}
-
 // One block: the row pointers, each row's cell pointers, then the texts.
 DBAsciiAccessRow *RowBlock(const std::vector<const std::vector<std::string> *> &rows, std::size_t columns) {
     std::vector<const std::string *> cells;
@@ -99,13 +85,13 @@ bool Enough(std::size_t found, int limit) { return limit > 0 && found >= static_
 int Entries(const Table &table, const char *conditionText, char ***entries, int maxEntries) {
     const std::optional<Condition> condition = ParseCondition(table, conditionText);
     if (!condition) return DBASCII_BAD_CONDITION;
-    std::vector<const std::string *> texts;
+    std::vector<std::string_view> texts;
     for (const auto &row : table.rows) {
         if (Enough(texts.size(), maxEntries) || texts.size() == INT_MAX) break;
-        if (Matches(*condition, row)) texts.push_back(&row[condition->result]);
+        if (Matches(*condition, row)) texts.push_back(row[condition->result]);
     }
     if (texts.empty()) return 0;
-    *entries = TextBlock(texts);
+    *entries = kx::platform::PackTexts(texts);
     return *entries != nullptr ? static_cast<int>(texts.size()) : DBASCII_NO_MEMORY;
 }
 

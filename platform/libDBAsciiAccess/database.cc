@@ -5,8 +5,12 @@
 
 #include <algorithm>
 
+#include "platform/percent_escape.h"
+
 namespace dbascii {
 namespace {
+
+using kx::platform::Unescape;
 
 constexpr char kSeparator = '|';
 
@@ -14,13 +18,6 @@ std::string_view Trim(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
     while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r')) text.remove_suffix(1);
     return text;
-}
-
-int HexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
 }
 
 // The fields of a line; a broken escape keeps the field as written. Fields
@@ -58,22 +55,6 @@ std::optional<std::size_t> Table::Column(std::string_view column) const {
     const auto found = std::find(columns.begin(), columns.end(), column);
     if (found == columns.end()) return std::nullopt;
     return static_cast<std::size_t>(found - columns.begin());
-}
-
-std::optional<std::string> Unescape(std::string_view text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%') {
-            out += text[i];
-            continue;
-        }
-        if (i + 2 >= text.size()) return std::nullopt;
-        const int high = HexValue(text[i + 1]), low = HexValue(text[i + 2]);
-        if (high < 0 || low < 0) return std::nullopt;
-        out += static_cast<char>(high * 16 + low);
-        i += 2;
-    }
-    return out;
 }
 
 std::vector<Table> ParseDatabase(std::string_view text) {

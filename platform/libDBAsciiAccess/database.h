@@ -37,9 +37,6 @@ struct Condition {
 };
 std::optional<Condition> ParseCondition(const Table &table, std::string_view text);
 
-// "%XX" escapes decoded; nothing when one is broken.
-std::optional<std::string> Unescape(std::string_view text);
-
 }  // namespace dbascii
 
 #endif

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "companion/libKXUtils.h"
+#include "platform/text_block.h"
 
 namespace kxutils {
 namespace {
@@ -74,23 +75,6 @@ bool Collect(const char *directory, const Filter &filter, std::vector<std::strin
     return true;
 }
 
-// The names as one block of pointers and texts; NULL when empty or out of memory.
-char **Pack(const std::vector<std::string> &names) {
-    if (names.empty()) return nullptr;
-    std::size_t bytes = (names.size() + 1) * sizeof(char *);
-    for (const auto &name : names) bytes += name.size() + 1;
-    char **block = static_cast<char **>(std::malloc(bytes));
-    if (block == nullptr) return nullptr;
-    char *text = reinterpret_cast<char *>(block + names.size() + 1);
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        std::memcpy(text, names[i].c_str(), names[i].size() + 1);
-        block[i] = text;
-        text += names[i].size() + 1;
-    }
-    block[names.size()] = nullptr;
-    return block;
-}
-
 }  // namespace
 }  // namespace kxutils
 
@@ -107,7 +91,7 @@ int ListDirectory(const char *directory, int /*reserved*/, int withDirectories, 
             filter.expressions.push_back(std::make_unique<kxutils::WholeNameExpression>(expressions[i]));
     std::vector<std::string> names;
     if (!kxutils::Collect(directory, filter, names)) return -1;
-    *list = kxutils::Pack(names);
+    *list = kx::platform::PackTexts({names.begin(), names.end()}, true);
     if (*list == nullptr && !names.empty()) return -1;
     *count = static_cast<int>(names.size());
     return 0;
@@ -122,7 +106,7 @@ int CreateFileList(char ***list, const char *const *directories, int directoryCo
     filter.expressions.push_back(std::make_unique<kxutils::WholeNameExpression>(expression));
     std::vector<std::string> names;
     for (int i = 0; i < directoryCount; ++i) kxutils::Collect(directories[i], filter, names);
-    *list = kxutils::Pack(names);
+    *list = kx::platform::PackTexts({names.begin(), names.end()}, true);
     return *list == nullptr ? 0 : static_cast<int>(names.size());
 }
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "companion/libKXUtils.h"
+#include "platform/text_block.h"
 
 namespace {
 
@@ -63,24 +64,6 @@ std::string ReportedName(const IniPair &pair, const char *section, char separato
     return pair.section + separator + pair.name;
 }
 
-// One malloc block: 2n pointers, then the texts they point at.
-char **PackPairs(const std::vector<std::pair<std::string, std::string>> &chosen) {
-    size_t bytes = 2 * chosen.size() * sizeof(char *);
-    for (const auto &[name, value] : chosen) bytes += name.size() + value.size() + 2;
-    char **block = static_cast<char **>(std::malloc(bytes));
-    if (block == nullptr) return nullptr;
-    char *text = reinterpret_cast<char *>(block + 2 * chosen.size());
-    size_t slot = 0;
-    for (const auto &[name, value] : chosen) {
-        for (const std::string *part : {&name, &value}) {
-            block[slot++] = text;
-            std::memcpy(text, part->c_str(), part->size() + 1);
-            text += part->size() + 1;
-        }
-    }
-    return block;
-}
-
 }  // namespace
 
 extern "C" int KXUtilsReadIniFile(const char *path, const char *section, int /*flags*/,
@@ -98,6 +81,8 @@ extern "C" int KXUtilsReadIniFile(const char *path, const char *section, int /*f
         if (key != nullptr) break;
     }
     if (chosen.empty() || pairs == nullptr) return static_cast<int>(chosen.size());
-    *pairs = PackPairs(chosen);
+    std::vector<std::string_view> texts;  // name, value, name, value, ...
+    for (const auto &[name, value] : chosen) texts.insert(texts.end(), {name, value});
+    *pairs = kx::platform::PackTexts(texts);
     return *pairs != nullptr ? static_cast<int>(chosen.size()) : -1;
 }

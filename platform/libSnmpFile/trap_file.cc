@@ -16,18 +16,18 @@
 #include <vector>
 
 #include "companion/libSnmpFile.h"
+#include "records.h"
+#include "platform/percent_escape.h"
 
 namespace snmpfile {
 namespace {
+
+using kx::platform::Unescape;
 
 constexpr std::string_view kHeader = "KXSNMPTRAP 1";
 constexpr std::string_view kEnd = "END";
 constexpr char kHex[] = "0123456789ABCDEF";
 constexpr mode_t kFileMode = 0644;
-
-struct Record {
-    std::string oid, type, value;
-};
 
 bool NeedsEscape(unsigned char c) { return c < 0x20 || c >= 0x7F || c == '%'; }
 
@@ -42,31 +42,6 @@ void AppendEscaped(std::string &out, std::string_view text) {
         out += kHex[byte >> 4];
         out += kHex[byte & 0xF];
     }
-}
-
-int HexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;
-}
-
-// The bytes of an escaped field; nothing when an escape is broken.
-std::optional<std::string> Unescape(std::string_view field) {
-    std::string out;
-    out.reserve(field.size());
-    for (std::size_t i = 0; i < field.size(); ++i) {
-        if (field[i] != '%') {
-            out += field[i];
-            continue;
-        }
-        if (i + 2 >= field.size()) return std::nullopt;
-        const int high = HexValue(field[i + 1]), low = HexValue(field[i + 2]);
-        if (high < 0 || low < 0) return std::nullopt;
-        out += static_cast<char>(high * 16 + low);
-        i += 2;
-    }
-    return out;
 }
 
 std::optional<Record> ParseRecordLine(std::string_view line) {
@@ -117,6 +92,8 @@ char *PutText(char *at, std::string_view text) {
     return at;
 }
 
+}  // namespace
+
 KXSnmpVar *BuildBlock(const std::vector<Record> &records) {
     const std::size_t count = records.size();
     std::size_t texts = 0;
@@ -139,6 +116,8 @@ KXSnmpVar *BuildBlock(const std::vector<Record> &records) {
     }
     return vars;
 }
+
+namespace {
 
 std::size_t BlockCount(const KXSnmpVar *records) { return reinterpret_cast<const std::size_t *>(records)[-1]; }
 

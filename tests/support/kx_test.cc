@@ -12,7 +12,7 @@
 
 namespace kx::test {
 
-std::string Terminated(std::initializer_list<std::string_view> texts) {
+std::string Terminated(const std::vector<std::string_view> &texts) {
     std::string block;
     for (std::string_view text : texts) block.append(text).push_back('\0');
     return block;
@@ -21,6 +21,14 @@ std::string Terminated(std::initializer_list<std::string_view> texts) {
 std::string ReadFile(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void ForgetDefinitionFiles() {
+    for (int slot = 0; slot < 2; ++slot) {
+        std::free(_IniFilename[slot]);
+        _IniFilename[slot] = nullptr;
+        _IniFilenameDivideSign[slot] = '\0';
+    }
 }
 
 TempDir::TempDir() {

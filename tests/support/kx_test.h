@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/text.h"
 #include "kx_convert.h"
 #include "kx_input.h"
 
@@ -19,7 +20,7 @@ namespace kx::test {
 
 // The texts laid end to end, each followed by its NUL (request texts, value
 // lists, in-memory definitions).
-std::string Terminated(std::initializer_list<std::string_view> texts);
+std::string Terminated(const std::vector<std::string_view> &texts);
 
 // The whole content of a file; empty when it cannot be read.
 std::string ReadFile(const std::string &path);
@@ -45,18 +46,12 @@ struct HandlerCase {
 };
 void ExpectAll(const std::vector<HandlerCase> &cases);
 
-// A heap text returned by the library, freed when it goes out of scope.
-class HeapText {
-public:
-    explicit HeapText(char *text) : text_(text) {}
-    ~HeapText() { std::free(text_); }
-    HeapText(const HeapText &) = delete;
-    HeapText &operator=(const HeapText &) = delete;
-    const char *get() const { return text_; }
-    std::string str() const { return text_ ? std::string(text_) : std::string("<null>"); }
-
-private:
-    char *text_;
+// A heap text returned by the library, freed when it goes out of scope;
+// str() shows a null text as "<null>".
+struct HeapText : core::HeapText {
+    using core::HeapText::HeapText;
+    const char *get() const { return Get(); }
+    std::string str() const { return Get() ? std::string(Get()) : std::string("<null>"); }
 };
 
 // A temporary directory, removed with everything in it.
@@ -128,17 +123,33 @@ private:
     int count_ = 0;
 };
 
-// The keyword index globals and the list handles outlive each test: a test
-// built on this starts with every keyword unset and leaves no handle behind.
+// Frees the record of the definition files read (_IniFilename).
+void ForgetDefinitionFiles();
+
+// The keyword index globals, the list handles and the record of definition
+// files outlive each test: a test built on this starts with every keyword
+// unset and no file recorded, and leaves no handle and no record behind.
 class FreshGlobals : public ::testing::Test {
 protected:
     void SetUp() override {
         for (int row = 0; row < SchluesselworteAnzahl; ++row) *Schluesselworte[row].Index = -1;
+        ForgetDefinitionFiles();
     }
     void TearDown() override {
         _pEingabe = nullptr;
         _pEingabeAnzahl = nullptr;
+        ForgetDefinitionFiles();
     }
+};
+
+// A test that runs in a temporary directory of its own (the current one while
+// it lasts) on a list of its own, starting with every keyword unset.
+class InTempDir : public FreshGlobals {
+protected:
+    void Set(const char *name, const char *text) { SetEingabeWert(in_.count(), in_.list(), name, text); }
+    TempDir dir_;
+    CurrentDirectory inside_{dir_.path()};
+    InputList in_;
 };
 
 // Collects what the library writes to its page stream while it lives.

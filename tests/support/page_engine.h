@@ -18,6 +18,11 @@ class PageEngine : public ::testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
+    // Starts again from the list SetUp makes (each page from the same list).
+    void Fresh() {
+        TearDown();
+        SetUp();
+    }
 
     // Declares name when missing and gives it one value.
     void Set(const char *name, const char *value, char kind = 'n');

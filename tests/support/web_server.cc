@@ -14,12 +14,18 @@
 namespace kx::test {
 namespace {
 
+sockaddr_in Loopback(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
 // A port nobody listens on right now: the kernel picks it for a moment.
 int FreePort() {
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in address = Loopback(0);
     socklen_t size = sizeof address;
     int port = 0;
     if (bind(fd, reinterpret_cast<sockaddr *>(&address), size) == 0 &&
@@ -31,11 +37,8 @@ int FreePort() {
 
 int Connect(int port) {
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0) return fd;
+    const sockaddr_in address = Loopback(port);
+    if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0) return fd;
     close(fd);
     return -1;
 }
@@ -52,9 +55,10 @@ HttpReply ParseReply(const std::string &raw) {
 
 }  // namespace
 
-ConsoleServer::ConsoleServer(const std::string &program) : port_(FreePort()) {
+ConsoleServer::ConsoleServer(const std::string &program, int agentPort) : port_(FreePort()) {
     const std::string layout = std::string(KX_SOURCE_DIR) + "/tools/console-site.sh " + site_.path() + " " +
-                               program + " " + std::to_string(port_);
+                               program + " " + std::to_string(port_) +
+                               (agentPort > 0 ? " " + std::to_string(agentPort) : std::string());
     if (port_ == 0 || std::system(layout.c_str()) != 0) return;
     pid_ = fork();
     if (pid_ == 0) {

@@ -19,13 +19,15 @@ struct HttpReply {
 
 class ConsoleServer {
 public:
-    // Lays out the site with the given CGI program and starts lighttpd.
-    explicit ConsoleServer(const std::string &program);
+    // Lays out the site with the given CGI program and starts lighttpd; with
+    // agentPort, the inventory page's server list names the SNMP agent there.
+    explicit ConsoleServer(const std::string &program, int agentPort = 0);
     ~ConsoleServer();
     ConsoleServer(const ConsoleServer &) = delete;
     ConsoleServer &operator=(const ConsoleServer &) = delete;
 
     bool running() const { return pid_ > 0; }
+    int port() const { return port_; }
     // The site's folder the CGI program runs in.
     std::string www() const { return site_.path() + "/www"; }
     // headers: further header lines, each ending in "\r\n" ("Cookie: ...").

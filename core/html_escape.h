@@ -1,12 +1,12 @@
 // Texts made safe to stand in HTML, in element content and in quoted
 // attribute values alike.
-#ifndef KX_INPUT_EINGABE_HTML_ESCAPE_H
-#define KX_INPUT_EINGABE_HTML_ESCAPE_H
+#ifndef KX_CORE_HTML_ESCAPE_H
+#define KX_CORE_HTML_ESCAPE_H
 
 #include <string>
 #include <string_view>
 
-namespace kx::input {
+namespace kx::core {
 
 // text with & < > " ' written as character references.
 inline std::string HtmlEscaped(std::string_view text) {
@@ -25,6 +25,6 @@ inline std::string HtmlEscaped(std::string_view text) {
     return out;
 }
 
-}  // namespace kx::input
+}  // namespace kx::core
 
 #endif
