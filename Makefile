@@ -34,7 +34,7 @@ bench: deps
 
 demo: deps
 	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DKX_BENCH=ON -DKX_TESTS=OFF
-	cmake --build $(BENCH_DIR) -j $(JOBS) --target console.cgi PeerScan.cgi kxpage kxtrapreceive
+	cmake --build $(BENCH_DIR) -j $(JOBS) --target console.cgi PeerScan.cgi inventory.cgi kxpage kxtrapreceive
 	./tools/serve-console.sh $(BENCH_DIR)/console.cgi $(PORT) $(TRAP_PORT)
 
 clean:

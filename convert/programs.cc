@@ -10,6 +10,7 @@
 
 #include "companion/libKXUtils.h"
 #include "convert/convert_internal.h"
+#include "core/page_output.h"
 #include "convert/paths.h"
 #include "kx_profile.h"
 #include "kx_convert.h"
@@ -37,6 +38,7 @@ const KnownFunction *FindKnown(const char *program) {
 }
 
 void FlushPage() {
+    kx::core::FlushPageOutput();
     std::fflush(stdout);
     if (_Utilsfpout != nullptr) std::fflush(_Utilsfpout);
 }

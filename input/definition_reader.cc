@@ -35,7 +35,8 @@ std::string SeparatorOf(std::string_view firstLine) { return std::string(CutAtLi
 
 void ReadDefinitionLines(LineSource &lines, std::string_view separator,
                          const DefinitionTarget &target) {
-    const input::DeclarationTarget declaration{target.list, target.count, *target.count, target.sourceName};
+    core::NameIndex index;
+    const input::DeclarationTarget declaration{target.list, target.count, *target.count, target.sourceName, &index};
     while (const auto next = lines.Next()) input::DeclareFromLine(declaration, *next, separator);
 }
 

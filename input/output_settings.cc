@@ -2,6 +2,7 @@
 // kept for the calling programs, and the helpers that read them.
 #include <cstdio>
 
+#include "core/page_output.h"
 #include "input/request_internal.h"
 
 extern "C" {
@@ -15,7 +16,11 @@ int _UtilsWhat = 0;
 
 namespace kx::request {
 
-std::FILE *PageStream() { return _Utilsfpout != nullptr ? _Utilsfpout : stdout; }
+// What the running page has buffered goes first.
+std::FILE *PageStream() {
+    core::FlushPageOutput();
+    return _Utilsfpout != nullptr ? _Utilsfpout : stdout;
+}
 
 std::string_view Separator() {
     // A program that cleared the separator still gets usable paths.

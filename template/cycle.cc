@@ -94,14 +94,35 @@ bool Recorded(const Body &body, const char *name) {
 
 EingabeElement *List(const Invocation &inv) { return *inv.pList; }
 
+void Record(Body &body, const EingabeElement *list, int index) {
+    body.recorded.push_back(list[index].Name);
+    body.recordedAt.push_back(index);
+}
+
+// The indices of the entries whose Name texts the body recorded, in list
+// order: where each was recorded, or found again when the list has changed
+// since.
+std::vector<int> RecordedIndices(const Invocation &inv, const Body &body) {
+    std::vector<int> indices;
+    for (size_t k = 0; k < body.recorded.size(); ++k) {
+        int at = body.recordedAt[k];
+        if (at >= *inv.pCount || List(inv)[at].Name != body.recorded[k]) {
+            at = 0;
+            while (at < *inv.pCount && List(inv)[at].Name != body.recorded[k]) ++at;
+        }
+        if (at < *inv.pCount) indices.push_back(at);
+    }
+    std::sort(indices.begin(), indices.end());
+    return indices;
+}
+
 // The stored line at the level's line index becomes the text processed.
 char *ReplayLine(Invocation &inv) {
     Level &level = inv.Current();
     Body &body = level.Active();
     if (level.lineIndex >= body.lines.size()) return nullptr;
-    inv.textStart = body.lines[level.lineIndex].data();
     NestingGuard::StartLine(body.lines[level.lineIndex].size());
-    return inv.textStart;
+    return inv.StartText(body.lines[level.lineIndex].data());
 }
 
 // Enters a level that replays a body: line 1 follows the directive.
@@ -179,13 +200,13 @@ char *NextIteration(Invocation &inv) {
     level.lineIndex = 1;
     inv.cycle.refused = 0;
     ++inv.cycle.iterations;
+    for (const int i : RecordedIndices(inv, level.Active()))
+        if (List(inv)[i].WertGesetzt >= 2) StepValue(inv, i);
     const int next = inv.cycle.level + 1;
-    for (int i = 0; i < *inv.pCount; ++i) {
-        EingabeElement &entry = List(inv)[i];
-        if (entry.WertGesetzt < 2) continue;
-        if (Recorded(level.Active(), entry.Name)) StepValue(inv, i);
-        if (next < kLevelCount && inv.cycle.levels[next].governing == i)
-            inv.cycle.levels[next].countValue = CountOf(CurrentText(entry));
+    if (next < kLevelCount) {
+        const int governing = inv.cycle.levels[next].governing;
+        if (governing >= 0 && governing < *inv.pCount && List(inv)[governing].WertGesetzt >= 2)
+            inv.cycle.levels[next].countValue = CountOf(CurrentText(List(inv)[governing]));
     }
     return ReplayLine(inv);
 }
@@ -193,9 +214,9 @@ char *NextIteration(Invocation &inv) {
 // After the last iteration: ungoverned lists go back to their first value,
 // governed ones on to the value after the group.
 void RewindLists(Invocation &inv, const Body &body, bool governed) {
-    for (int i = 0; i < *inv.pCount; ++i) {
+    for (const int i : RecordedIndices(inv, body)) {
         EingabeElement &entry = List(inv)[i];
-        if (entry.WertGesetzt <= 1 || !Recorded(body, entry.Name)) continue;
+        if (entry.WertGesetzt <= 1) continue;
         if (!governed)
             entry.WertPosition = 0;
         else
@@ -216,8 +237,7 @@ char *ResumePage(Invocation &inv) {
     const size_t length = std::min(leftover.size(), inv.line.size() - 1);
     std::memcpy(inv.line.data(), leftover.data(), length);
     inv.line[length] = '\0';
-    inv.textStart = inv.line.data();
-    return inv.textStart;
+    return inv.StartText(inv.line.data());
 }
 
 // The outermost body is collected: every level collected starts replaying.
@@ -407,16 +427,16 @@ void RecordEntry(Invocation &inv, int index) {
     const EingabeElement &entry = List(inv)[index];
     if (Recorded(body, entry.Name) || (!body.cycleName.empty() && body.cycleName == entry.Name))
         return;
-    body.recorded.push_back(entry.Name);
+    Record(body, List(inv), index);
     const std::string countName = std::string(entry.Name) + std::string(Text_Internalcount);
-    const int counts = FindEntry(List(inv), *inv.pCount, countName);
+    const int counts = inv.names.Find(List(inv), *inv.pCount, countName);
     if (counts >= *inv.pCount) return;
     const int next = inv.cycle.level + 1;
     if (next < kLevelCount) {
         inv.cycle.levels[next].governing = counts;
         inv.cycle.levels[next].countValue = CountOf(CurrentText(List(inv)[counts]));
     }
-    if (!Recorded(body, List(inv)[counts].Name)) body.recorded.push_back(List(inv)[counts].Name);
+    if (!Recorded(body, List(inv)[counts].Name)) Record(body, List(inv), counts);
 }
 
 int ControlCycleIndex(const Invocation &inv) {

@@ -31,6 +31,7 @@ struct Body {
     int limit = 1;                      // number of iterations
     std::string cycleName;              // the list of groups a nested cycle belongs to
     std::vector<const char *> recorded; // Name texts of the entries written here
+    std::vector<int> recordedAt;        // the index each of them had when recorded
 };
 
 // One level of CYCLE blocks. Blocks nested side by side in one body each

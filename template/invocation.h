@@ -4,12 +4,15 @@
 #define KX_TEMPLATE_INVOCATION_H
 
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "kx_template.h"
+#include "core/name_index.h"
+#include "core/page_output.h"
 #include "template/cycle_state.h"
 
 namespace kx::tmpl {
@@ -19,6 +22,11 @@ inline constexpr size_t kLineBufferMinimum = 4096;
 
 // Room kept after the input's own size in the line buffer.
 inline constexpr size_t kLineBufferHeadroom = 10;
+
+// The openings of a line's IF comment, both of the same length.
+inline constexpr std::string_view kIfComment = "<!{IF ";
+inline constexpr std::string_view kIfScriptComment = "//{IF ";
+static_assert(kIfComment.size() == kIfScriptComment.size());
 
 // The list divider of the page engine.
 inline constexpr const char *kListDivider = "~";
@@ -44,6 +52,7 @@ struct Invocation {
     bool stringMode = false;
     std::string path;  // file mode: the template
     std::string output; // string mode: the result so far
+    std::optional<core::PageOutput> page; // file mode: the page, in blocks
     bool produced = false;
 
     int startIndex = -1;
@@ -56,6 +65,13 @@ struct Invocation {
 
     std::vector<char> line; // the line buffer, never grown
     char *textStart = nullptr; // the text being processed
+    // Where the last "DEFINE" and the last IF comment ("<!{IF ", "//{IF ")
+    // of the text begin (nullptr: none), found once per text when first
+    // asked for, so that asking whether one follows a position costs no
+    // search to the line's end.
+    bool lastsKnown = false;
+    const char *lastDefine = nullptr;
+    const char *lastIfComment = nullptr;
     char message[KX_MESSAGE_SIZE] = {};
 
     int lineCounter = 1;
@@ -68,6 +84,7 @@ struct Invocation {
     PageTexts pageTexts;
 
     CycleEngine cycle;     // the CYCLE blocks of this call
+    core::NameIndex names; // the entries of *pList by name
     ErsetzungsName name = {};
 
     Level &Current() { return cycle.Current(); }
@@ -75,6 +92,18 @@ struct Invocation {
     bool Replaying() const { return cycle.Replaying(); }
     int CycleIndex() const;
     void Write(std::string_view piece);
+    // text becomes the text processed; returns it.
+    char *StartText(char *text);
+    // A "DEFINE" / an IF comment begins at pos or after it.
+    bool DefineFrom(const char *pos) {
+        FindLasts();
+        return lastDefine != nullptr && lastDefine >= pos;
+    }
+    bool IfCommentFrom(const char *pos) {
+        FindLasts();
+        return lastIfComment != nullptr && lastIfComment >= pos;
+    }
+    void FindLasts();
     void ClearName();
 };
 

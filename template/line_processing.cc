@@ -35,19 +35,27 @@ constexpr std::string_view kCycleCount = "CycleCount";
 // Directive-like placeholders ("CycleCount", IF, anything on a line with a
 // DEFINE) are not resolved through ReplaceValue; only a text at least as long
 // as "CycleCount" after the start marker is looked at.
-bool DirectiveLike(const Placeholder &ph, const char *after, const char *pos) {
+bool DirectiveLike(Invocation &inv, const Placeholder &ph, const char *after, const char *pos) {
     const char *content = ph.P + 1;
     return strnlen(after, kCycleCount.size()) >= kCycleCount.size() &&
-           (StartsWith(content, kCycleCount.data()) || std::strstr(pos, "DEFINE") != nullptr ||
+           (StartsWith(content, kCycleCount.data()) || inv.DefineFrom(pos) ||
             StartsWith(content, "IF"));
+}
+
+// A placeholder that ReplaceValue would leave as it is: outside a control, a
+// paired placeholder without a "[" up to its end names no selection form.
+bool Plain(const Placeholder &ph) {
+    return _InCreateValueFromControl == 0 && ph.M != nullptr &&
+           std::memchr(ph.P, '[', static_cast<size_t>(ph.M - ph.P) + 1) == nullptr;
 }
 
 // Which entry the placeholder prints and where it ends. False when the
 // placeholder turns out to be unfinished.
 bool ResolveName(Invocation &inv, Placeholder &ph, char *pos) {
     const char *after = ph.P + inv.startMarker.size();
-    if (!DirectiveLike(ph, after, pos)) {
-        ReplaceValue(ph.P, ph.M, inv.pCount, inv.pList, kListDivider, &inv.name, inv.message,
+    if (!DirectiveLike(inv, ph, after, pos)) {
+        if (!Plain(ph))
+            ReplaceValue(ph.P, ph.M, inv.pCount, inv.pList, kListDivider, &inv.name, inv.message,
                      &ph.valueIndex, inv.CycleIndex());
     } else if (StartsWith(ph.P + 1, "IF")) {
         if (ph.M == nullptr) return false;
@@ -80,10 +88,21 @@ void Measure(const Invocation &inv, Placeholder &ph) {
     ph.nameLength = static_cast<size_t>(ph.E - ph.P - 1) - (ph.doubled ? 1 : 0);
 }
 
+// Only a name starting with one of these can be a directive.
+bool MayBeDirective(const Placeholder &ph) {
+    const char first = ph.name[0];
+    return first == 'I' || first == '/' || first == 'D' || first == 'C';
+}
+
 // The directives, tested in this order; everything else is an ordinary
 // placeholder, stored instead while a level collects a cycle body.
 char *Dispatch(Invocation &inv, Placeholder &ph, char *pos) {
     Level &level = inv.Current();
+    if (!MayBeDirective(ph)) {
+        if (level.skip) return LineEnds(inv);
+        if (inv.Collecting()) return Collect(inv, pos, After(inv, ph));
+        return Ordinary(inv, ph, pos);
+    }
     if (StartsWith(ph.name, "IF")) {
         if (!IfHolds(inv, ph)) {
             level.skip = true;
@@ -131,7 +150,7 @@ char *Step(Invocation &inv, char *pos) {
 
 void ProcessText(Invocation &inv, char *text) {
     NestingGuard::StartLine(std::strlen(text));
-    inv.textStart = text;
+    inv.StartText(text);
     for (char *pos = text; pos != nullptr;) pos = Step(inv, pos);
     inv.ClearName();
 }

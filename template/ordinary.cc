@@ -24,12 +24,9 @@ using namespace kx::core;
 namespace {
 
 constexpr const char *kNil = "<nil>";
-// The openings of a line's IF comment, both as long as kIfComment.
-constexpr std::string_view kIfComment = "<!{IF ";
-constexpr std::string_view kIfScriptComment = "//{IF ";
 constexpr std::string_view kIfPlaceholder = "{IF ";
 constexpr std::string_view kPageTextOpening = "{_txt_";
-// Every image ending is this long.
+// Every image ending is this long and starts with ".".
 constexpr size_t kImageEndingLength = 4;
 
 // The image file endings, looked for in this order; the first found counts.
@@ -38,8 +35,7 @@ constexpr const char *kImageEndings[] = {".gif", ".GIF", ".jpg", ".JPG"};
 // A line that holds "<!{IF " or "//{IF " withholds the text before its
 // placeholders, so that the comment around an IF is not written.
 void WritePrefix(Invocation &inv, const char *pos, const char *placeholder) {
-    const bool ifAhead =
-        std::strstr(pos, kIfComment.data()) != nullptr || std::strstr(pos, kIfScriptComment.data()) != nullptr;
+    const bool ifAhead = inv.IfCommentFrom(pos);
     const auto commentLength = static_cast<std::ptrdiff_t>(kIfComment.size());
     const bool longEnough = inv.stringMode ? placeholder - pos > commentLength
                                            : strnlen(pos, kIfComment.size() + 1) > kIfComment.size();
@@ -97,6 +93,7 @@ bool ImageName(const char *text) {
     if (strnlen(text, kImageEndingLength + 1) <= kImageEndingLength) return false;
     const char *stop = text;
     while (ImageNameCharacter(*stop)) ++stop;
+    if (*stop != '.') return false;
     for (size_t i = 0; i < std::size(kImageEndings); ++i) {
         if (!StartsWith(stop, kImageEndings[i])) continue;
         for (size_t earlier = 0; earlier < i; ++earlier)
@@ -193,7 +190,7 @@ void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *o
 
 char *Ordinary(Invocation &inv, Placeholder &ph, char *pos) {
     WritePrefix(inv, pos, ph.P);
-    const int index = FindEntry(*inv.pList, *inv.pCount, ph.Name());
+    const int index = inv.names.Find(*inv.pList, *inv.pCount, ph.Name());
     const bool control = ph.nameLength >= 2 && StartsWith(ph.name, "=_");
     if (index >= *inv.pCount && !control) return Unknown(inv, ph);
     CountIterations(inv, index, ph.valueIndex);

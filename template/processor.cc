@@ -1,6 +1,7 @@
 // ErsetzeUndGebeHtmlDateiAus: set-up, reading the template into logical
 // lines, and the end of the input.
 #include <algorithm>
+#include <functional>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -227,6 +228,7 @@ void CheckUserId(Invocation &inv) {
 }
 
 void RunFile(Invocation &inv) {
+    inv.page.emplace();
     const long size = KXUtilsFileSize(inv.path.c_str());
     AllocateLine(inv, size > 0 ? static_cast<size_t>(size) : 0);
     CheckUserId(inv);
@@ -264,8 +266,31 @@ void Invocation::Write(std::string_view piece) {
         produced = true;
         return;
     }
-    if (!piece.empty())
-        std::fwrite(piece.data(), 1, piece.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
+    page->Write(piece);
+}
+
+namespace {
+
+const char *LastOf(const char *text, const char *word) {
+    const char *last = nullptr;
+    for (const char *hit = std::strstr(text, word); hit != nullptr; hit = std::strstr(hit + 1, word)) last = hit;
+    return last;
+}
+
+}  // namespace
+
+char *Invocation::StartText(char *text) {
+    textStart = text;
+    lastsKnown = false;
+    return text;
+}
+
+void Invocation::FindLasts() {
+    if (lastsKnown) return;
+    lastsKnown = true;
+    lastDefine = LastOf(textStart, "DEFINE");
+    lastIfComment = std::max(LastOf(textStart, kIfComment.data()), LastOf(textStart, kIfScriptComment.data()),
+                             std::less<>());
 }
 
 void Invocation::ClearName() {

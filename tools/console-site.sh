@@ -5,9 +5,11 @@
 # beside the CGI program, also the trap store (SITE/traps, the server list
 # SITE/hwinv.dba, the sample traps) and SITE/run/snmptrapd.conf for
 # tools/trap-receiver.sh.
-# usage: console-site.sh SITE CGI-PROGRAM PORT
+# With AGENT-PORT, the server list of the inventory page (SITE/www/snmp/
+# hwinv.dba) names the simulated chassis on udp 127.0.0.1:AGENT-PORT.
+# usage: console-site.sh SITE CGI-PROGRAM PORT [AGENT-PORT]
 set -eu
-site=$1 program=$2 port=$3
+site=$1 program=$2 port=$3 agent=${4:-}
 here=$(cd "$(dirname "$0")/.." && pwd)
 # The console's user files ("RootPath" "..") live in SITE/console, outside
 # the web root.
@@ -17,6 +19,11 @@ rm -f "$site/www/"*.c
 cp "$program" "$site/www/console.cgi"
 # The console's second application, built beside the first.
 if [ -f "$(dirname "$program")/PeerScan.cgi" ]; then cp "$(dirname "$program")/PeerScan.cgi" "$site/www/"; fi
+# The inventory page, with the server list of the simulated chassis.
+if [ -f "$(dirname "$program")/inventory.cgi" ]; then cp "$(dirname "$program")/inventory.cgi" "$site/www/"; fi
+if [ -n "$agent" ]; then
+  sed "s/@AGENT@/127.0.0.1:$agent/g" "$here/examples/console/snmp/hwinv.dba.in" >"$site/www/snmp/hwinv.dba"
+fi
 # The trap store and the server list lie outside the web root; the CGI
 # programs find them through ./snmptrapd.ini, the trap MIBs through MibPath,
 # TrapMibs and OID2Mib.ini beside them.
@@ -47,7 +54,7 @@ cgi.assign = (".cgi" => "")
 index-file.names = ("index.html")
 url.redirect = ("^/\$" => "/console.cgi?Application=console")
 mimetype.assign = (".html" => "text/html", ".css" => "text/css", ".htm" => "text/html")
-static-file.exclude-extensions = (".cgi", ".ini", ".htm")
+static-file.exclude-extensions = (".cgi", ".ini", ".htm", ".dba", ".in", ".snmprec", ".MIB")
 # Temporary files of a save, lock files and every hidden file stay private.
 url.access-deny = (".tmp", ".lock", "~", ".dba")
 \$HTTP["url"] =~ "/\\." { url.access-deny = ("") }

@@ -15,7 +15,7 @@
 #include "core/text.h"
 #include "kx_input.h"
 #include "kx_trap.h"
-#include "trap/blade_pending.h"
+#include "kx_inventory.h"
 #include "trap/trap_internal.h"
 
 namespace kx::trap {

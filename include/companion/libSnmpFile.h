@@ -26,6 +26,12 @@ typedef struct KXSnmpVar {
 #define KX_SNMPFILE_UNREADABLE (-2)  /* cannot be opened or read */
 #define KX_SNMPFILE_NOT_A_TRAP (-3)  /* not a trap file: wrong header, truncated, bad line */
 #define KX_SNMPFILE_NO_MEMORY (-4)
+#define KX_SNMPFILE_TIMEOUT (-5)     /* SNMP read: the server did not answer in time */
+#define KX_SNMPFILE_NO_SESSION (-6)  /* SNMP read: the address cannot be reached (unknown host, no socket) */
+#define KX_SNMPFILE_SNMP_ERROR (-7)  /* SNMP read: the answer carries an error status (noSuchName, genErr, ...) */
+
+/* flags of KXSnmpFileGetValue */
+#define KX_SNMPFILE_WALK_SUBTREE 1   /* a walk ends at the first OID outside the OID asked for */
 
 /* Reads a trap file: from the open descriptor fd when fd is 0 or more (read
  * to its end, not closed), else from the file at path. flags is reserved (0).
@@ -58,6 +64,28 @@ KX_API char *KXSnmpFileFormatText(const KXSnmpVar *records, const size_t *valueL
  * KX_SNMPFILE_UNREADABLE when the file cannot be written (nothing is left
  * behind then). */
 KX_API int KXSnmpFileWrite(const char *path, const KXSnmpVar *records, const size_t *valueLengths, int count);
+
+/* Reads from the SNMP agent at address (IPv4 or host name, ":port" may
+ * follow; else port when above 0, else 161) with net-snmp: operation "get",
+ * "getnext" or "walk" (NULL: "walk") of oid (dotted numbers), SNMP version
+ * 0 (v1) or 1 (v2c), community (NULL: "public"). timeoutMs (0 or less: 5000)
+ * is the whole wait for each answer, shared by the 1 + retries tries. A walk
+ * asks getnext after getnext; with flags KX_SNMPFILE_WALK_SUBTREE it ends at
+ * the first OID outside oid, else at the end of the agent's MIB; maxRecords
+ * above 0 ends it after that many. Returns the number of records, stored in
+ * *records as one block released with KXSnmpFileFreeResources (0 and NULL
+ * for a walk that found nothing). Values are text: numbers in decimal,
+ * addresses and OIDs dotted, octet strings byte for byte
+ * (KXSnmpFileValueLength). A get or getnext that the agent answers with an
+ * exception (noSuchObject, noSuchInstance, endOfMibView) gives one record of
+ * type "ERROR" whose value is "errorStatus=" and the exception's name. On
+ * failure *records is NULL and the result is KX_SNMPFILE_BAD_ARGUMENT (NULL
+ * records, address or oid, an oid that is not dotted numbers, an unknown
+ * operation or version), KX_SNMPFILE_TIMEOUT, KX_SNMPFILE_NO_SESSION,
+ * KX_SNMPFILE_SNMP_ERROR or KX_SNMPFILE_NO_MEMORY. */
+KX_API int KXSnmpFileGetValue(KXSnmpVar **records, const char *address, const char *oid, const char *operation,
+                              const char *community, int port, int maxRecords, int version, int timeoutMs,
+                              int retries, int flags);
 
 /* Releases a record block that this library returned; NULL is ignored. */
 KX_API void KXSnmpFileFreeResources(KXSnmpVar *records);

@@ -1,5 +1,7 @@
 #include "input/eingabe/declaration.h"
 
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,7 +39,13 @@ void Report(const DeclarationTarget &target, int lineNumber, std::string_view se
 }
 
 // Index of the entry named name among the first before entries, or -1.
-int FindEarlierEntry(const EingabeElement *list, int before, std::string_view name) {
+int FindEarlierEntry(const DeclarationTarget &target, std::string_view name) {
+    const EingabeElement *list = *target.list;
+    const int before = target.before;
+    if (target.index != nullptr) {
+        const int first = target.index->Find(list, *target.count, name);
+        return first < before ? first : -1;
+    }
     for (int index = 0; index < before; ++index) {
         const EingabeElement &entry = list[index];
         if (entry.NameLaenge == name.size() && std::memcmp(entry.Name, name.data(), name.size()) == 0)
@@ -46,12 +54,20 @@ int FindEarlierEntry(const EingabeElement *list, int before, std::string_view na
     return -1;
 }
 
+// The list with room for one more entry. It grows by half its size at a
+// time; its room is what the allocator reports for the block, so a list that
+// a program allocated itself grows the same way.
+EingabeElement *Room(const DeclarationTarget &target) {
+    const auto needed = (static_cast<std::size_t>(*target.count) + 1) * sizeof(EingabeElement);
+    if (*target.list != nullptr && malloc_usable_size(*target.list) >= needed) return *target.list;
+    const std::size_t grown = needed + needed / 2;
+    return static_cast<EingabeElement *>(kx::core::Reallocate(*target.list, grown));
+}
+
 // Adds an entry named name at the end of the list; -1 when memory runs out.
 int AddEntry(const DeclarationTarget &target, std::string_view name) {
     core::HeapText copy(core::HeapCopy(name));
-    const auto grown = static_cast<std::size_t>(*target.count) + 1;
-    auto *list =
-        static_cast<EingabeElement *>(kx::core::Reallocate(*target.list, grown * sizeof(EingabeElement)));
+    auto *list = Room(target);
     if (list != nullptr) *target.list = list;
     if (!copy || list == nullptr) return -1;
     const int index = *target.count;
@@ -81,7 +97,7 @@ Declared DeclareFromLine(const DeclarationTarget &target, std::string_view line,
         return Declared::Skipped;
     }
     const std::string_view name = line.substr(0, first);
-    int index = FindEarlierEntry(*target.list, target.before, name);
+    int index = FindEarlierEntry(target, name);
     if (index < 0 && (index = AddEntry(target, name)) < 0) return Declared::NoMemory;
     const std::size_t second = Find(line, separator, first + 1);
     if (second == line.npos) {

@@ -7,6 +7,7 @@
 
 #include <string_view>
 
+#include "core/name_index.h"
 #include "kx_input.h"
 
 namespace kx::input {
@@ -17,6 +18,7 @@ struct DeclarationTarget {
     int *count;
     int before;  // entries declared before the definition began: these are updated
     std::string_view sourceName;
+    core::NameIndex *index = nullptr;  // for many lines: finds earlier entries without a walk
 };
 
 enum class Declared {

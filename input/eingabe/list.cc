@@ -25,6 +25,14 @@ void StoreValue(EingabeElement &entry, char *value) {
     entry.WertGesetzt = value != nullptr ? 1 : 0;
 }
 
+// The names of the list AppendToEingabe declared into last. A program that
+// declares entries one at a time gets each answer without a walk over its
+// list; the index follows the list as NameIndex describes.
+core::NameIndex &AppendIndex() {
+    thread_local core::NameIndex index;
+    return index;
+}
+
 // An entry is declared as the one-line definition "<separator>" then
 // "<name><separator><kind><separator><default>" would declare it: the
 // separator is cut at its line end for the parsing, as a separator line is.
@@ -32,7 +40,7 @@ Declared DeclareOne(int *count, EingabeElement **list, std::string_view separato
                     const char *defaultText) {
     std::string line(name);
     line.append(separator).append(1, kind).append(separator).append(defaultText);
-    const DeclarationTarget target{list, count, *count, {}};
+    const DeclarationTarget target{list, count, *count, {}, &AppendIndex()};
     return DeclareFromLine(target, line, separator.substr(0, separator.find_first_of("\r\n")));
 }
 

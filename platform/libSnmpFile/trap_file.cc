@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "companion/libSnmpFile.h"
+#include "records.h"
 #include "platform/percent_escape.h"
 
 namespace snmpfile {
@@ -27,10 +28,6 @@ constexpr std::string_view kHeader = "KXSNMPTRAP 1";
 constexpr std::string_view kEnd = "END";
 constexpr char kHex[] = "0123456789ABCDEF";
 constexpr mode_t kFileMode = 0644;
-
-struct Record {
-    std::string oid, type, value;
-};
 
 bool NeedsEscape(unsigned char c) { return c < 0x20 || c >= 0x7F || c == '%'; }
 
@@ -95,6 +92,8 @@ char *PutText(char *at, std::string_view text) {
     return at;
 }
 
+}  // namespace
+
 KXSnmpVar *BuildBlock(const std::vector<Record> &records) {
     const std::size_t count = records.size();
     std::size_t texts = 0;
@@ -117,6 +116,8 @@ KXSnmpVar *BuildBlock(const std::vector<Record> &records) {
     }
     return vars;
 }
+
+namespace {
 
 std::size_t BlockCount(const KXSnmpVar *records) { return reinterpret_cast<const std::size_t *>(records)[-1]; }
 

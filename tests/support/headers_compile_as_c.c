@@ -6,6 +6,8 @@
 #include "kx_convert.h"
 #include "kx_trap.h"
 #include "kx_profile.h"
+#include "kx_inventory.h"
+#include "companion/libForwarding.h"
 #include "companion/libKXUtils.h"
 #include "companion/libparser.h"
 #include "companion/libKXsnmp.h"

@@ -55,9 +55,10 @@ HttpReply ParseReply(const std::string &raw) {
 
 }  // namespace
 
-ConsoleServer::ConsoleServer(const std::string &program) : port_(FreePort()) {
+ConsoleServer::ConsoleServer(const std::string &program, int agentPort) : port_(FreePort()) {
     const std::string layout = std::string(KX_SOURCE_DIR) + "/tools/console-site.sh " + site_.path() + " " +
-                               program + " " + std::to_string(port_);
+                               program + " " + std::to_string(port_) +
+                               (agentPort > 0 ? " " + std::to_string(agentPort) : std::string());
     if (port_ == 0 || std::system(layout.c_str()) != 0) return;
     pid_ = fork();
     if (pid_ == 0) {

@@ -19,8 +19,9 @@ struct HttpReply {
 
 class ConsoleServer {
 public:
-    // Lays out the site with the given CGI program and starts lighttpd.
-    explicit ConsoleServer(const std::string &program);
+    // Lays out the site with the given CGI program and starts lighttpd; with
+    // agentPort, the inventory page's server list names the SNMP agent there.
+    explicit ConsoleServer(const std::string &program, int agentPort = 0);
     ~ConsoleServer();
     ConsoleServer(const ConsoleServer &) = delete;
     ConsoleServer &operator=(const ConsoleServer &) = delete;

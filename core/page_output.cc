@@ -1,0 +1,51 @@
+// The running page's output buffer and its flushes.
+#include "core/page_output.h"
+
+#include <cstdio>
+
+#include "kx_input.h"
+
+namespace kx::core {
+namespace {
+
+// The output of the innermost file-mode call of this thread, or nullptr.
+PageOutput *&Running() {
+    thread_local PageOutput *running = nullptr;
+    return running;
+}
+
+}  // namespace
+
+PageOutput::PageOutput() : outer_(Running()) {
+    if (outer_ != nullptr) outer_->Flush();
+    pending_.reserve(kPageBlockSize);
+    Running() = this;
+}
+
+PageOutput::~PageOutput() {
+    Flush();
+    Running() = outer_;
+}
+
+void PageOutput::Flush() {
+    if (pending_.empty()) return;
+    std::fwrite(pending_.data(), 1, pending_.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
+    pending_.clear();
+}
+
+// A piece that does not fit: what is pending goes first, then a piece of a
+// block or more is written as it stands.
+void PageOutput::WriteBlock(std::string_view piece) {
+    Flush();
+    if (piece.size() < kPageBlockSize) {
+        pending_.append(piece);
+        return;
+    }
+    std::fwrite(piece.data(), 1, piece.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
+}
+
+void FlushPageOutput() {
+    if (PageOutput *running = Running()) running->Flush();
+}
+
+}  // namespace kx::core

@@ -1,0 +1,99 @@
+// The state of one call of the template processor. Nothing of it is static:
+// the processor is re-entered through MatchIt while a call is running.
+#ifndef KX_REFERENCE_INVOCATION_H
+#define KX_REFERENCE_INVOCATION_H
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "kx_template.h"
+#include "reference/cycle_state.h"
+
+namespace kx::tmpl::reference {
+
+// The line buffer holds at least this many bytes; more for a larger input.
+inline constexpr size_t kLineBufferMinimum = 4096;
+
+// Room kept after the input's own size in the line buffer.
+inline constexpr size_t kLineBufferHeadroom = 10;
+
+// The list divider of the page engine.
+inline constexpr const char *kListDivider = "~";
+
+// The (name, value) pairs of the page's text file.
+class PageTexts {
+public:
+    PageTexts() = default;
+    PageTexts(const PageTexts &) = delete;
+    PageTexts &operator=(const PageTexts &) = delete;
+    ~PageTexts();
+    void Load(const std::string &path);
+    int Count() const { return count_; }
+    const char *Name(int i) const { return pairs_[2 * i]; }
+    const char *Value(int i) const { return pairs_[2 * i + 1]; }
+
+private:
+    char **pairs_ = nullptr;
+    int count_ = 0;
+};
+
+struct Invocation {
+    bool stringMode = false;
+    std::string path;  // file mode: the template
+    std::string output; // string mode: the result so far
+    bool produced = false;
+
+    int startIndex = -1;
+    int endIndex = -1;
+    int *pCount = nullptr;
+    EingabeElement **pList = nullptr;
+    std::string startMarker;
+    std::string endMarker;
+    bool markersDefined = false;
+
+    std::vector<char> line; // the line buffer, never grown
+    char *textStart = nullptr; // the text being processed
+    char message[KX_MESSAGE_SIZE] = {};
+
+    int lineCounter = 1;
+    int lineStart = 1;
+    int passes = 0;
+    int fixedCycleIndex = -1;
+    bool deleteCopyright = false;
+    bool escapeHtml = false;  // file mode: values are written HTML-escaped
+    bool ifPrefix = false;
+    PageTexts pageTexts;
+
+    CycleEngine cycle;     // the CYCLE blocks of this call
+    ErsetzungsName name = {};
+
+    Level &Current() { return cycle.Current(); }
+    bool Collecting() const { return cycle.Collecting(); }
+    bool Replaying() const { return cycle.Replaying(); }
+    int CycleIndex() const;
+    void Write(std::string_view piece);
+    void ClearName();
+};
+
+// Processes one logical line (the text is changed during processing and
+// restored; it stays NUL-terminated).
+void ProcessText(Invocation &inv, char *text);
+
+// The formerly exported operations of the reference, so that its calls stay
+// inside it.
+void ErsetzeUndGebeHtmlDateiAus(const char *nameOrText, char **result, int startIndex,
+                                int endIndex, int *pCount, EingabeElement **pList);
+int ReplaceValue(char *start, char *end, int *pCount, EingabeElement **pList,
+                 const char *divider, ErsetzungsName *name, char *message,
+                 int *valueIndex, int cycleIndex);
+int DetermineReplaceValue(char *start, char *end, int *pCount, EingabeElement **pList,
+                          const char *divider, ErsetzungsName *name, char *message,
+                          int **indexList, char **bracket, int *valueIndex,
+                          int cycleIndex);
+
+}  // namespace kx::tmpl::reference
+
+#endif

@@ -1,0 +1,52 @@
+// One placeholder of a logical line, as the processor sees it.
+#ifndef KX_REFERENCE_PLACEHOLDER_H
+#define KX_REFERENCE_PLACEHOLDER_H
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "reference/invocation.h"
+
+namespace kx::tmpl::reference {
+
+struct Placeholder {
+    char *P = nullptr;        // the start marker
+    char *E = nullptr;        // its end: the first end marker after it, or the matching one
+    char *M = nullptr;        // the matching end marker (nested pairs counted), or NULL
+    bool doubled = false;     // "{{name}}": the value is URL-encoded
+    const char *name = nullptr;
+    size_t nameLength = 0;
+    int valueIndex = -1;      // the selection form's value index
+
+    std::string_view Name() const { return {name, nameLength}; }
+};
+
+inline bool StartsWith(const char *text, const char *word) {
+    return std::strncmp(text, word, std::strlen(word)) == 0;
+}
+
+// The name equals word over the name's length (a leading part of the word
+// matches too); an empty name matches nothing.
+inline bool NameIs(const Placeholder &ph, const char *word) {
+    return ph.nameLength > 0 && std::strncmp(ph.name, word, ph.nameLength) == 0;
+}
+
+// Where processing goes on after the placeholder.
+inline char *After(const Invocation &inv, const Placeholder &ph) {
+    char *after = ph.E + inv.endMarker.size();
+    return (ph.doubled && *after != '\0') ? after + 1 : after;
+}
+
+// The IF directive's condition holds.
+bool IfHolds(Invocation &inv, const Placeholder &ph);
+
+// The DEFINE directive; returns where to go on, or NULL when the line ends.
+char *Define(Invocation &inv, const Placeholder &ph, char *pos);
+
+// An ordinary placeholder: writes the text before it and its value.
+char *Ordinary(Invocation &inv, Placeholder &ph, char *pos);
+
+}  // namespace kx::tmpl::reference
+
+#endif

@@ -1,0 +1,313 @@
+// The page engine as it was before its lines were parsed once and its
+// output buffered, kept only as the reference of fuzz_template_differential.
+// Regenerated never: it is the behaviour the new engine must reproduce.
+// ErsetzeUndGebeHtmlDateiAus: set-up, reading the template into logical
+// lines, and the end of the input.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "companion/libKXUtils.h"
+#include "input/eingabe/html_escape.h"
+#include "kx_profile.h"
+#include "kx_template.h"
+#include "core/entry.h"
+#include "core/file.h"
+#include "core/messages.h"
+#include "core/text.h"
+#include "reference/invocation.h"
+#include "template/nesting.h"
+
+namespace kx::tmpl::reference {
+using namespace kx::core;
+namespace {
+
+// A "{" followed by one of these opens a placeholder that must end on the
+// logical line; any other character (a JavaScript brace) ends the scan.
+bool OpensPlaceholder(char next) {
+    return (next >= 'a' && next <= 'z') || (next >= 'A' && next <= 'Z') ||
+           (next >= '0' && next <= '9') || next == '_' || next == '-' || next == '=' ||
+           next == '/';
+}
+
+// The alert for an unfinished placeholder shows this many bytes of it.
+constexpr size_t kAlertPendingLength = 20;
+// Room for a message about an unfinished placeholder; a longer one is cut.
+constexpr size_t kReportSize = 2048;
+// A read needs room for one byte and its NUL.
+constexpr size_t kLeastReadSpace = 2;
+
+bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+// Keeps _InCreateValueFromControl as the caller had it.
+class ControlFlagGuard {
+public:
+    ControlFlagGuard() : saved_(_InCreateValueFromControl) { _InCreateValueFromControl = 0; }
+    ~ControlFlagGuard() { _InCreateValueFromControl = saved_; }
+    ControlFlagGuard(const ControlFlagGuard &) = delete;
+    ControlFlagGuard &operator=(const ControlFlagGuard &) = delete;
+
+private:
+    int saved_;
+};
+
+void TakeMarkers(Invocation &inv) {
+    const char *start = CurrentTextAt(inv.pCount, inv.pList, inv.startIndex);
+    const char *end = CurrentTextAt(inv.pCount, inv.pList, inv.endIndex);
+    inv.markersDefined = start != nullptr && *start != '\0' && end != nullptr && *end != '\0';
+    if (!inv.markersDefined) return;
+    inv.startMarker = start;
+    inv.endMarker = end;
+}
+
+void AllocateLine(Invocation &inv, size_t inputSize) {
+    inv.line.assign(std::max(kLineBufferMinimum, inputSize + kLineBufferHeadroom), '\0');
+}
+
+// "EscapeHtml": only the definition's default counts, so that no request can
+// turn the escaping off.
+bool EscapeHtmlWanted(const Invocation &inv) {
+    const int index = EingabewertIndex("EscapeHtml", *inv.pList, *inv.pCount);
+    if (index >= *inv.pCount) return false;
+    const char *text = (*inv.pList)[index].Vorgabe;
+    return text != nullptr && (*text == 'y' || *text == 'Y');
+}
+
+// "DeleteCopyright": Wert when it is set and not empty, else Vorgabe.
+bool DeleteCopyrightWanted(const Invocation &inv) {
+    const int index = EingabewertIndex("DeleteCopyright", *inv.pList, *inv.pCount);
+    if (index >= *inv.pCount) return false;
+    const char *text = SettingText((*inv.pList)[index]);
+    return text != nullptr && (*text == 'y' || *text == 'Y');
+}
+
+// The page text file: "<dir>ini/<base up to the first '.'>.ini".
+std::string PageTextPath(const std::string &path) {
+    const char *base = HTMLBasename(path.c_str());
+    const char *dot = std::strchr(base, '.');
+    if (dot == nullptr) return {};
+    return std::string(path.c_str(), base) + "ini" + Verzeichnistrenner + std::string(base, dot) +
+           ".ini";
+}
+
+// Each pair becomes the entry "_txt_<name>" with the value as its default.
+void DeclarePageTexts(Invocation &inv) {
+    const std::string textPath = PageTextPath(inv.path);
+    if (textPath.empty()) return;
+    inv.pageTexts.Load(textPath);
+    for (int i = 0; i < inv.pageTexts.Count(); ++i) {
+        const std::string key = std::string("_txt_") + inv.pageTexts.Name(i);
+        const HeapText decoded(ServerDecoding(key.c_str()));
+        if (!decoded) continue;
+        AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded.Get(), 1, inv.pageTexts.Value(i));
+    }
+    std::fill(inv.line.begin(), inv.line.end(), '\0');
+}
+
+// The part of a logical line read so far: [0, writePos) is complete, then
+// pending bytes of an unfinished placeholder.
+struct LineCursor {
+    size_t writePos = 0;
+    size_t pending = 0;
+};
+
+enum class Read { Piece, End, Abort, Full };
+
+Read ReadPiece(Invocation &inv, FILE *in, const char *text, size_t at) {
+    char *place = inv.line.data() + at;
+    const size_t space = inv.line.size() - at;
+    if (space < kLeastReadSpace) return Read::Full;
+    if (in == nullptr) {
+        if (inv.passes > 0 || at > 0 || text == nullptr) return Read::End;
+        inv.passes = 1;
+        // The line buffer is sized from the text, NUL included.
+        std::memcpy(place, text, std::strlen(text) + 1);
+    } else {
+        if (std::fgets(place, static_cast<int>(std::min<size_t>(space, INT32_MAX)), in) == nullptr)
+            return Read::End;
+        if (inv.deleteCopyright) {
+            inv.deleteCopyright = false;
+            const int skipped = DeleteComment(in, place, static_cast<int>(space));
+            if (skipped == -1) return Read::Abort;
+            if (skipped > 0) inv.lineCounter += skipped;
+        }
+    }
+    ++inv.lineCounter;
+    return Read::Piece;
+}
+
+// A continuation loses its leading blanks and line breaks and follows the
+// pending text directly. False when nothing but blanks was read.
+bool JoinPiece(Invocation &inv, size_t at) {
+    char *piece = inv.line.data() + at;
+    char *rest = piece;
+    while (IsBlank(*rest)) ++rest;
+    if (*rest == '\0') return false;
+    std::memmove(piece, rest, std::strlen(rest) + 1);
+    return true;
+}
+
+// True when the logical line holds no unfinished placeholder.
+bool ScanComplete(Invocation &inv, LineCursor &cursor) {
+    char *buffer = inv.line.data();
+    for (;;) {
+        char *brace = std::strchr(buffer + cursor.writePos, '{');
+        if (brace == nullptr || !OpensPlaceholder(brace[1]) || !inv.markersDefined) return true;
+        const char *match = PairIt(brace, inv.startMarker.c_str(), inv.endMarker.c_str());
+        if (match == brace) break;
+        cursor.writePos = static_cast<size_t>(match - buffer) + inv.endMarker.size();
+        cursor.pending = 0;
+        inv.lineStart = inv.lineCounter - 1;
+    }
+    size_t length = std::strlen(buffer + cursor.writePos);
+    while (length > 0 && IsBlank(buffer[cursor.writePos + length - 1])) --length;
+    cursor.pending = length;
+    return false;
+}
+
+std::string PendingText(const Invocation &inv, const LineCursor &cursor) {
+    return std::string(inv.line.data() + cursor.writePos, cursor.pending);
+}
+
+// The input ended inside a placeholder: a message instead of the text.
+void ReportUnfinished(Invocation &inv, const LineCursor &cursor) {
+    const std::string pending = PendingText(inv, cursor);
+    char head[kReportSize];
+    if (inv.stringMode) {
+        const int n = std::snprintf(head, sizeof head, MessageText(PageMessage::UnfinishedHead), inv.lineStart);
+        inv.Write(std::string_view(head, static_cast<size_t>(n)));
+        inv.Write(pending);
+        inv.Write(MessageText(PageMessage::UnfinishedTail));
+        return;
+    }
+    const size_t brace = pending.find('{');
+    std::string shown = pending.substr(brace == std::string::npos ? 0 : brace, kAlertPendingLength);
+    const std::string quoted = ReplaceAll(shown, "\"", "\\\"");
+    std::snprintf(head, sizeof head, MessageText(PageMessage::UnfinishedAlert), inv.lineStart, quoted.c_str());
+    inv.Write(head);
+}
+
+// Reads the pieces of one logical line. False at the end of the input.
+bool ReadLogicalLine(Invocation &inv, FILE *in, const char *text) {
+    LineCursor cursor;
+    inv.lineStart = inv.lineCounter;
+    for (;;) {
+        const Read got = ReadPiece(inv, in, text, cursor.writePos + cursor.pending);
+        if (got == Read::Abort) return false;
+        if (got == Read::End) {
+            if (cursor.pending > 0) ReportUnfinished(inv, cursor);
+            return false;
+        }
+        // A logical line that fills the buffer is processed as it stands.
+        if (got == Read::Full) return true;
+        if (cursor.pending > 0 && !JoinPiece(inv, cursor.writePos + cursor.pending)) continue;
+        if (ScanComplete(inv, cursor)) return true;
+    }
+}
+
+void Run(Invocation &inv, FILE *in, const char *text) {
+    while (ReadLogicalLine(inv, in, text)) {
+        ProcessText(inv, inv.line.data());
+        ++inv.passes;
+        if (inv.stringMode) return;
+    }
+}
+
+// A page of another name than its application's gives the user an id. The
+// names' last characters are not compared.
+void CheckUserId(Invocation &inv) {
+    const int index = EingabewertIndex("Application", *inv.pList, *inv.pCount);
+    const char *current = CurrentTextAt(inv.pCount, inv.pList, index);
+    const std::string application(current != nullptr ? current : "");
+    const std::string_view app = KXUtilsBasename(application.c_str(), 0);
+    const std::string_view page = HTMLBasename(inv.path.c_str());
+    const size_t pageLength = std::min(page.find('.'), page.size());
+    if (app.size() != pageLength || (pageLength > 0 && app.substr(0, pageLength - 1) != page.substr(0, pageLength - 1)))
+        CreateUID(*inv.pCount, *inv.pList);
+}
+
+void RunFile(Invocation &inv) {
+    const long size = KXUtilsFileSize(inv.path.c_str());
+    AllocateLine(inv, size > 0 ? static_cast<size_t>(size) : 0);
+    CheckUserId(inv);
+    DeclarePageTexts(inv);
+    TakeMarkers(inv);
+    File in(std::fopen(inv.path.c_str(), "r"));
+    if (in == nullptr) {
+        // The name may come from the request: it is shown escaped.
+        std::fprintf(_Utilsfpout != nullptr ? _Utilsfpout : stdout,
+                     MessageText(PageMessage::TemplateNotOpened), input::HtmlEscaped(inv.path).c_str());
+        return;
+    }
+    inv.deleteCopyright = DeleteCopyrightWanted(inv);
+    inv.escapeHtml = EscapeHtmlWanted(inv);
+    Run(inv, in.get(), nullptr);
+}
+
+void RunString(Invocation &inv, const char *text) {
+    AllocateLine(inv, std::strlen(text));
+    TakeMarkers(inv);
+    if (!inv.markersDefined || std::strstr(text, inv.startMarker.c_str()) == nullptr) return;
+    Run(inv, nullptr, text);
+}
+
+}  // namespace
+
+int Invocation::CycleIndex() const {
+    if (fixedCycleIndex >= 0) return fixedCycleIndex;
+    return cycle.level > 0 ? cycle.levels[cycle.level].counter : -1;
+}
+
+void Invocation::Write(std::string_view piece) {
+    if (stringMode) {
+        output.append(piece);
+        produced = true;
+        return;
+    }
+    if (!piece.empty())
+        std::fwrite(piece.data(), 1, piece.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
+}
+
+void Invocation::ClearName() {
+    std::free(name.Liste);
+    name = {};
+}
+
+}  // namespace kx::tmpl::reference
+
+// Formerly exported; here a function of the reference.
+namespace kx::tmpl::reference {
+void ErsetzeUndGebeHtmlDateiAus(const char *nameOrText, char **result, int startIndex,
+                                           int endIndex, int *pCount, EingabeElement **pList) {
+
+    ControlFlagGuard flag;
+    NestingGuard nesting;
+    if (result != nullptr && nesting.TooDeep()) {
+        *result = nullptr;
+        return;
+    }
+    auto inv = std::make_unique<Invocation>();
+    inv->stringMode = result != nullptr;
+    inv->startIndex = startIndex;
+    inv->endIndex = endIndex;
+    inv->pCount = pCount;
+    inv->pList = pList;
+    if (result != nullptr) {
+        inv->fixedCycleIndex = static_cast<int>(reinterpret_cast<intptr_t>(*result));
+        *result = nullptr;
+    }
+    if (nameOrText == nullptr || pCount == nullptr || pList == nullptr) return;
+    if (inv->stringMode) {
+        RunString(*inv, nameOrText);
+        if (inv->produced) *result = HeapCopy(inv->output);
+    } else {
+        inv->path = nameOrText;
+        RunFile(*inv);
+    }
+    inv->ClearName();
+}
+
+}  // namespace kx::tmpl::reference
