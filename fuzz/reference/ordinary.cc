@@ -13,7 +13,7 @@
 
 #include "core/entry.h"
 #include "core/text.h"
-#include "input/eingabe/html_escape.h"
+#include "core/html_escape.h"
 #include "kx_template.h"
 #include "reference/cycle.h"
 #include "reference/invocation.h"
@@ -167,7 +167,7 @@ const char *FileModeValue(const Invocation &inv, const EingabeElement *entry, in
 // for it. "<nil>" is the engine's own mark, never a value, and stays.
 void WritePlain(Invocation &inv, const char *value) {
     if (inv.escapeHtml && value != nullptr && value != kNil)
-        inv.Write(input::HtmlEscaped(value));
+        inv.Write(core::HtmlEscaped(value));
     else
         inv.Write(value);
 }

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "companion/libKXUtils.h"
-#include "input/eingabe/html_escape.h"
+#include "core/html_escape.h"
 #include "kx_profile.h"
 #include "kx_template.h"
 #include "core/entry.h"
@@ -239,7 +239,7 @@ void RunFile(Invocation &inv) {
     if (in == nullptr) {
         // The name may come from the request: it is shown escaped.
         std::fprintf(_Utilsfpout != nullptr ? _Utilsfpout : stdout,
-                     MessageText(PageMessage::TemplateNotOpened), input::HtmlEscaped(inv.path).c_str());
+                     MessageText(PageMessage::TemplateNotOpened), core::HtmlEscaped(inv.path).c_str());
         return;
     }
     inv.deleteCopyright = DeleteCopyrightWanted(inv);
