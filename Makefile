@@ -28,12 +28,14 @@ test: build
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 
 bench: deps
-	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DKX_BENCH=ON -DKX_TESTS=OFF
+	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release \
+	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DKX_BENCH=ON -DKX_TESTS=OFF
 	cmake --build $(BENCH_DIR) -j $(JOBS)
 	./tools/run-benchmarks.sh $(BENCH_DIR)/bench
 
 demo: deps
-	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release -DKX_BENCH=ON -DKX_TESTS=OFF
+	cmake -S . -B $(BENCH_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Release \
+	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DKX_BENCH=ON -DKX_TESTS=OFF
 	cmake --build $(BENCH_DIR) -j $(JOBS) --target console.cgi PeerScan.cgi inventory.cgi kxpage kxtrapreceive
 	./tools/serve-console.sh $(BENCH_DIR)/console.cgi $(PORT) $(TRAP_PORT)
 
