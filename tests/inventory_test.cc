@@ -196,7 +196,7 @@ TEST_F(InventoryAgent, MibValuesByNameIndexAndTimeOut) {
                              nullptr, db.c_str(), &records), -1);
     // Nothing listens: the time-out code within the time-out and a margin,
     // also when the index walk is the read that times out.
-    const std::string silent = "127.0.0.1:" + std::to_string(kx::test::FreeUdpPort());
+    const std::string silent = "127.0.0.1:" + std::to_string(kx::test::FreePort(SOCK_DGRAM));
     for (const char *index : {static_cast<const char *>(nullptr), "q47SvrNicInfoEntry"}) {
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(KXGetMibValues(silent.c_str(), "Q47.MIB", "q47Blade", "q47ChassisName", nullptr, index,

@@ -3,32 +3,38 @@
 #ifndef KX_TESTS_SUPPORT_SNMP_AGENT_H
 #define KX_TESTS_SUPPORT_SNMP_AGENT_H
 
-#include <sys/types.h>
-
 #include <string>
 
-namespace kx::test {
+#include "companion/libSnmpFile.h"
+#include "support/server_process.h"
 
-// A UDP port on 127.0.0.1 that nothing is bound to right now.
-int FreeUdpPort();
+namespace kx::test {
 
 class SnmpAgent {
 public:
     // Starts the agent and waits until it answers (at most 20 s).
-    SnmpAgent();
-    ~SnmpAgent();
-    SnmpAgent(const SnmpAgent &) = delete;
-    SnmpAgent &operator=(const SnmpAgent &) = delete;
+    SnmpAgent() : port_(FreePort(SOCK_DGRAM)) {
+        const std::string source = KX_SOURCE_DIR;
+        server_.Start({"/bin/sh", source + "/tools/snmp-agent.sh", source + "/examples/console/snmp/agent",
+                       std::to_string(port_)},
+                      [this] {
+                          KXSnmpVar *records = nullptr;
+                          const bool answered = KXSnmpFileGetValue(&records, address().c_str(), "1.3.6.1.4.1.99999.5.4.0",
+                                                                   "get", "norbel", 0, 0, 1, 200, 0, 0) == 1;
+                          KXSnmpFileFreeResources(records);
+                          return answered;
+                      },
+                      std::chrono::seconds(20));
+    }
 
-    bool running() const { return ready_; }
+    bool running() const { return server_.ready(); }
     int port() const { return port_; }
     // "127.0.0.1:<port>"
     std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
 
 private:
     int port_;
-    pid_t pid_ = -1;
-    bool ready_ = false;
+    ServerProcess server_;
 };
 
 }  // namespace kx::test

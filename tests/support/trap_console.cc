@@ -1,37 +1,14 @@
 #include "support/trap_console.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <signal.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
-#include <thread>
-
 
 namespace kx::test {
 namespace {
-
-int FreeUdpPort() {
-    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    int port = 0;
-    if (bind(fd, reinterpret_cast<sockaddr *>(&address), size) == 0 &&
-        getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size) == 0)
-        port = ntohs(address.sin_port);
-    close(fd);
-    return port;
-}
 
 std::string ReadAll(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
@@ -81,26 +58,12 @@ std::string Oid(std::string_view dotted) {
 
 }  // namespace
 
-TrapReceiver::TrapReceiver(const std::string &site) : site_(site), port_(FreeUdpPort()) {
-    if (port_ == 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-        const std::string script = std::string(KX_SOURCE_DIR) + "/tools/trap-receiver.sh";
-        const std::string port = std::to_string(port_);
-        execl(script.c_str(), script.c_str(), site_.c_str(), port.c_str(), static_cast<char *>(nullptr));
-        _exit(127);
-    }
+TrapReceiver::TrapReceiver(const std::string &site) : site_(site), port_(FreePort(SOCK_DGRAM)) {
     // snmptrapd names its version in its log once it listens.
-    for (int tries = 0; tries < 100; ++tries) {
-        if (ReadAll(site_ + "/run/snmptrapd.log").find("NET-SNMP version") != std::string::npos) return;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-}
-
-TrapReceiver::~TrapReceiver() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGTERM);
-    waitpid(pid_, nullptr, 0);
+    if (port_ != 0)
+        server_.Start({std::string(KX_SOURCE_DIR) + "/tools/trap-receiver.sh", site_, std::to_string(port_)}, [this] {
+            return ReadAll(site_ + "/run/snmptrapd.log").find("NET-SNMP version") != std::string::npos;
+        });
 }
 
 int TrapReceiver::Accepted() const {
@@ -120,12 +83,7 @@ std::vector<std::string> StoredTraps(const std::string &site) {
 }
 
 bool TrapReceiver::WaitForTraps(size_t count, std::chrono::seconds limit) const {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (Traps().size() < count) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return true;
+    return WaitFor([&] { return Traps().size() >= count; }, limit);
 }
 
 bool SendTrap(int port, std::string_view trapOid, std::string_view variableOid, std::string_view value) {
@@ -135,10 +93,7 @@ bool SendTrap(int port, std::string_view trapOid, std::string_view variableOid, 
     const std::string pdu = Tlv(0xa7, Integer(0x02, 1) + Integer(0x02, 0) + Integer(0x02, 0) + bindings);
     const std::string message = Tlv(0x30, Integer(0x02, 1) + Tlv(0x04, "public") + pdu);
     const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in address = Loopback(port);
     const ssize_t sent = sendto(fd, message.data(), message.size(), 0, reinterpret_cast<sockaddr *>(&address),
                                 sizeof address);
     close(fd);

@@ -3,12 +3,12 @@
 #ifndef KX_TESTS_SUPPORT_TRAP_CONSOLE_H
 #define KX_TESTS_SUPPORT_TRAP_CONSOLE_H
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "support/server_process.h"
 
 namespace kx::test {
 
@@ -20,11 +20,8 @@ std::vector<std::string> StoredTraps(const std::string &site);
 class TrapReceiver {
 public:
     explicit TrapReceiver(const std::string &site);
-    ~TrapReceiver();
-    TrapReceiver(const TrapReceiver &) = delete;
-    TrapReceiver &operator=(const TrapReceiver &) = delete;
 
-    bool running() const { return pid_ > 0; }
+    bool running() const { return server_.ready(); }
     int port() const { return port_; }
     // The traps snmptrapd logged as received.
     int Accepted() const;
@@ -35,7 +32,7 @@ public:
 private:
     std::string site_;
     int port_ = 0;
-    pid_t pid_ = -1;
+    ServerProcess server_;
 };
 
 // Sends one SNMPv2c trap (community "public") with one octet string

@@ -4,10 +4,6 @@
 #ifndef KX_TESTS_SUPPORT_TRAP_FIXTURE_H
 #define KX_TESTS_SUPPORT_TRAP_FIXTURE_H
 
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -15,10 +11,10 @@
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "companion/libSnmpFile.h"
+#include "support/server_process.h"
 
 namespace kx::fixture {
 
@@ -120,10 +116,6 @@ public:
               "/snmptt.log\nlog_system_enable = 0\nsyslog_enable = 0\nsyslog_system_enable = 0\n"
               "unknown_trap_log_enable = 0\n[TrapFiles]\nsnmptt_conf_files = <<END\n" + dir_ + "/kxtest.conf\nEND\n");
     }
-    ~Snmptt() { Stop(); }
-    Snmptt(const Snmptt &) = delete;
-    Snmptt &operator=(const Snmptt &) = delete;
-
     bool converted() const { return converted_; }
 
     // Spool files are taken in name order.
@@ -133,45 +125,28 @@ public:
         Write(dir_ + "/spool/" + name, SpoolText(trap));
     }
 
-    bool Start() {
-        std::fflush(nullptr);  // the child's freopen would write the parent's buffered output again
-        pid_ = fork();
-        if (pid_ == 0) {
-            const std::string ini = "--ini=" + dir_ + "/snmptt.ini";
-            std::freopen("/dev/null", "w", stdout), std::freopen("/dev/null", "w", stderr);
-            execlp("snmptt", "snmptt", "--daemon", ini.c_str(), static_cast<char *>(nullptr));
-            _exit(127);
-        }
-        return pid_ > 0;
-    }
+    bool Start() { return server_.Start({"snmptt", "--daemon", "--ini=" + dir_ + "/snmptt.ini"}); }
 
     // The texts logged so far, once there are count of them or the time ran out.
     std::vector<std::string> Texts(std::size_t count, std::chrono::seconds limit) const {
-        const auto end = std::chrono::steady_clock::now() + limit;
         std::vector<std::string> texts;
-        do {
+        kx::test::WaitFor([&] {
             texts.clear();
             std::ifstream log(dir_ + "/snmptt.log");
             for (std::string line; std::getline(log, line);)
                 if (const auto at = line.find("@@ "); at != std::string::npos) texts.push_back(line.substr(at + 3));
-            if (texts.size() >= count) break;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        } while (std::chrono::steady_clock::now() < end);
+            return texts.size() >= count;
+        }, limit);
         return texts;
     }
 
-    void Stop() {
-        if (pid_ <= 0) return;
-        kill(pid_, SIGTERM);
-        waitpid(pid_, nullptr, 0);
-        pid_ = -1;
-    }
+    void Stop() { server_.Stop(); }
 
 private:
     static void Write(const std::string &path, const std::string &text) { std::ofstream(path) << text; }
     std::string dir_;
     bool converted_ = false;
-    pid_t pid_ = -1;
+    kx::test::ServerProcess server_;
 };
 
 }  // namespace kx::fixture

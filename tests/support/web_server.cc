@@ -1,39 +1,9 @@
 #include "support/web_server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <signal.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
 #include <cstdlib>
-#include <thread>
 
 namespace kx::test {
 namespace {
-
-sockaddr_in Loopback(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-// A port nobody listens on right now: the kernel picks it for a moment.
-int FreePort() {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = Loopback(0);
-    socklen_t size = sizeof address;
-    int port = 0;
-    if (bind(fd, reinterpret_cast<sockaddr *>(&address), size) == 0 &&
-        getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size) == 0)
-        port = ntohs(address.sin_port);
-    close(fd);
-    return port;
-}
 
 int Connect(int port) {
     const int fd = socket(AF_INET, SOCK_STREAM, 0);
@@ -55,31 +25,16 @@ HttpReply ParseReply(const std::string &raw) {
 
 }  // namespace
 
-ConsoleServer::ConsoleServer(const std::string &program, int agentPort) : port_(FreePort()) {
+ConsoleServer::ConsoleServer(const std::string &program, int agentPort) : port_(FreePort(SOCK_STREAM)) {
     const std::string layout = std::string(KX_SOURCE_DIR) + "/tools/console-site.sh " + site_.path() + " " +
                                program + " " + std::to_string(port_) +
                                (agentPort > 0 ? " " + std::to_string(agentPort) : std::string());
     if (port_ == 0 || std::system(layout.c_str()) != 0) return;
-    pid_ = fork();
-    if (pid_ == 0) {
-        const std::string config = site_.path() + "/lighttpd.conf";
-        execlp("lighttpd", "lighttpd", "-D", "-f", config.c_str(), static_cast<char *>(nullptr));
-        _exit(127);
-    }
-    for (int tries = 0; tries < 100; ++tries) {  // up to five seconds to start listening
+    server_.Start({"lighttpd", "-D", "-f", site_.path() + "/lighttpd.conf"}, [this] {
         const int fd = Connect(port_);
-        if (fd >= 0) {
-            close(fd);
-            return;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-}
-
-ConsoleServer::~ConsoleServer() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGTERM);
-    waitpid(pid_, nullptr, 0);
+        if (fd >= 0) close(fd);
+        return fd >= 0;
+    });
 }
 
 HttpReply ConsoleServer::Exchange(const std::string &request) const {

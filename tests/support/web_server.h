@@ -3,11 +3,10 @@
 #ifndef KX_TESTS_SUPPORT_WEB_SERVER_H
 #define KX_TESTS_SUPPORT_WEB_SERVER_H
 
-#include <sys/types.h>
-
 #include <string>
 
 #include "support/kx_test.h"
+#include "support/server_process.h"
 
 namespace kx::test {
 
@@ -22,11 +21,8 @@ public:
     // Lays out the site with the given CGI program and starts lighttpd; with
     // agentPort, the inventory page's server list names the SNMP agent there.
     explicit ConsoleServer(const std::string &program, int agentPort = 0);
-    ~ConsoleServer();
-    ConsoleServer(const ConsoleServer &) = delete;
-    ConsoleServer &operator=(const ConsoleServer &) = delete;
 
-    bool running() const { return pid_ > 0; }
+    bool running() const { return server_.ready(); }
     int port() const { return port_; }
     // The site's folder the CGI program runs in.
     std::string www() const { return site_.path() + "/www"; }
@@ -39,7 +35,7 @@ private:
 
     TempDir site_;
     int port_ = 0;
-    pid_t pid_ = -1;
+    ServerProcess server_;
 };
 
 }  // namespace kx::test
