@@ -1,7 +1,9 @@
 // Server inventory: blade properties from server lists, database values,
 // the popup queue, and reads of a real SNMP agent (snmpsim) serving the
-// sample console's chassis (blade lists from odd records: fuzz/blade_list).
+// sample console's chassis (blade lists from odd records: fuzz/blade_list),
+// and the inventory page behind lighttpd.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,6 +17,7 @@
 #include "kx_inventory.h"
 #include "support/kx_test.h"
 #include "support/snmp_agent.h"
+#include "support/web_server.h"
 
 // net-snmp loses its table of textual conventions when the MIB directory
 // changes; that is its allocation, not ours.
@@ -239,6 +242,39 @@ TEST_F(InventoryAgent, SnmpReadsOfTheAgent) {
         EXPECT_EQ(first, c.first) << c.oid << " " << c.operation;
         KXSnmpFileFreeResources(records);
     }
+}
+
+
+// The console's inventory page behind lighttpd, reading the simulated
+// chassis over SNMP: servers with their state, blades under their chassis,
+// the popup banner until it is acknowledged.
+TEST_F(InventoryAgent, InventoryPageServersBladesAndPopups) {
+    ASSERT_TRUE(agent_->running());
+    kx::test::ConsoleServer server(KX_CONSOLE_CGI, agent_->port());
+    ASSERT_TRUE(server.running());
+    const std::string queue = server.www() + "/AlarmPopups";
+    kx::test::TempDir scratch;
+    std::filesystem::copy_file(scratch.Write("q", "1700000000.7\tdesk1\tFan 1 of <rack7> failed\n"), queue);
+    chmod(queue.c_str(), 0666);  // the page runs as another user when the test is root
+    const kx::test::HttpReply page = server.Get("/inventory.cgi");
+    ASSERT_EQ(page.status, 200) << page.body;
+    const std::string at = agent_->address();
+    for (const std::string &expected : std::initializer_list<std::string>{
+             "<li><b>desk1</b> Fan 1 of &lt;rack7&gt; failed</li>",
+             "<b>rack7</b> (BladeServer, " + at + ") <span class=\"state ok\">ok</span><ul class=\"blades\">\n"
+             "<li>Blade 1: 10.0.0.5 <i>rack7\\blade1</i></li>\n<li>Blade 2: 10.0.0.6 <i>rack7\\blade2</i></li>\n"
+             "<li>Blade 3: 0.0.0.0 <i>not in the server list</i></li>\n"
+             "<li>SwitchBlade 1: 10.0.1.1 <i>rack7\\switch1</i></li>\n"
+             "<li>SwitchBlade 2: 10.0.1.2 <i>not in the server list</i></li>\n</ul>",
+             "<b>rack9</b> (BladeServer, " + at + ") <span class=\"state degraded\">degraded</span><ul class=\"blades\">\n"
+             "<li>Blade 4: 10.0.2.4 <i>rack9\\web4</i></li>\n<li>Blade 7: 10.0.2.7 <i>not in the server list</i></li>\n</ul>",
+             std::string("<b>lost01</b> (Server, 127.0.0.1:9) <span class=\"state silent\">no answer</span>"),
+         })
+        EXPECT_NE(page.body.find(expected), std::string::npos) << expected << "\n---\n" << page.body;
+    EXPECT_EQ(page.body.find("blade1</b>"), std::string::npos);  // blades only under their chassis
+    const kx::test::HttpReply acknowledged = server.Post("/inventory.cgi", "Acknowledge=1");
+    EXPECT_EQ(acknowledged.status, 200);
+    EXPECT_EQ(acknowledged.body.find("popups"), std::string::npos) << acknowledged.body;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <set>
@@ -150,13 +151,7 @@ TEST(TrapConsole, SentTrapsShownFoldedAndAcknowledged) {
     EXPECT_NE(Shown(kx::test::BrowserDom(page + "&Unfold=1")).find("lines: 6"), std::string::npos);
 
     // A page of the site clicks the fan line's button inside a frame and shows the page that follows.
-    std::ofstream(server.www() + "/ack.html")
-        << "<!DOCTYPE html><html><body><pre id=\"out\"></pre><iframe id=\"f\" src=\"" << kTrapPage << "\"></iframe>"
-           "<script>const f = document.getElementById('f'); let clicked = false;"
-           "f.onload = () => { const d = f.contentDocument;"
-           "  if (!clicked) { clicked = true; d.querySelector('tr.critical button.ack').click(); }"
-           "  else document.getElementById('out').textContent = d.querySelector('tr.critical').innerText; };"
-           "</script></body></html>";
+    std::filesystem::copy_file(KX_SOURCE_DIR "/tests/data/trap_ack.html", server.www() + "/ack.html");
     shown = Shown(kx::test::BrowserDom("http://127.0.0.1:" + std::to_string(server.port()) + "/ack.html"));
     EXPECT_NE(shown.find("Fan FAN7 is degraded(2)"), std::string::npos) << shown;
     EXPECT_NE(shown.find("acknowledged"), std::string::npos) << shown;

@@ -1,6 +1,7 @@
 // The trap store on disk: directories from "./snmptrapd.ini", listings,
 // states renamed under lock files (left-behind locks included), MIB tags,
-// and pruning by age and by number.
+// and pruning by age and by number; and the store under concurrent
+// processes.
 #include <gtest/gtest.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -247,6 +248,18 @@ TEST_F(TrapStore, MibTagPutIntoTheName) {
     EXPECT_EQ(KXAdaptTrapFileName((dir.path() + "/missing").c_str()), -1);
     EXPECT_EQ(KXAdaptTrapFileName(dir.path().c_str()), 0);  // no MIB is known for the trap
     EXPECT_NE(KXUtilsFileExists((dir.path() + "/StandardRefresh").c_str()), 0);
+}
+
+
+// Nothing is lost while the trap receiver writes and CGI processes
+// acknowledge and prune at the same time (processes, not threads).
+TEST(TrapStoreUnderConcurrency, EveryKeptTrapOnceWithItsLastStates) {
+    kx::test::TempDir work;
+    const std::string traps = work.path() + "/Traps";
+    std::filesystem::create_directory(traps);
+    const kx::stress::Outcome outcome = kx::stress::RunTrapStress(traps, work.path(), 600, 200);
+    EXPECT_TRUE(outcome.Clean()) << outcome.Text();
+    EXPECT_GT(outcome.renames, 300) << outcome.Text();
 }
 
 }  // namespace

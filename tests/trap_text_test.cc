@@ -24,8 +24,6 @@ namespace {
 using kx::test::HeapText;
 namespace fx = kx::fixture;
 
-constexpr const char *kTrapLine = "--#SUMMARY \"x\"\n";
-
 bool WriteFile(const std::string &path, const std::string &content) {
     std::ofstream out(path, std::ios::binary);
     return static_cast<bool>(out << content);
@@ -37,21 +35,12 @@ public:
     void SetUp() override {
         dir_ = std::make_unique<kx::test::TempDir>();
         const std::string mibs = dir_->path() + "/mibs";
+        // MIBs with and without traps, the lists naming them, a definition and a database.
+        std::filesystem::copy(KX_SOURCE_DIR "/tests/data/trap_site", dir_->path(), std::filesystem::copy_options::recursive);
         dir_->Write("mibs/KXTEST.mib", fx::Mib());
-        dir_->Write("mibs/Q47.MIB", "Q47 DEFINITIONS ::= BEGIN END\n");
-        dir_->Write("mibs/RFC1215.mib", "RFC1215 DEFINITIONS ::= BEGIN END\n");
-        dir_->Write("mibs/HOST.mib", "HOST DEFINITIONS ::= BEGIN\nIMPORTS enterprises FROM RFC1155-SMI;\nh TRAP-TYPE ENTERPRISE enterprises ::= 1\nEND\n");
-        dir_->Write("mibs/COMMENT.mib", "C DEFINITIONS ::= BEGIN\n-- no TRAP-TYPE here\nEND\n");
-        dir_->Write("mibs/cold.MiB", "COLD DEFINITIONS ::= BEGIN\nIMPORTS enterprises FROM RFC1155-SMI;\nc OBJECT IDENTIFIER ::= { enterprises 4242 }\n"
-                                     "coldStart TRAP-TYPE ENTERPRISE c\n" + std::string(kTrapLine) + "::= 0\nEND\n");
         dir_->Write("MibPath", mibs + "\n");
-        dir_->Write("TrapMibs", "Q47 RFC1215\n");
-        dir_->Write("OID2Mib.ini", "1.3.6.1.4.1.4242=cold.mib\n");
-        dir_->Write("app.ini", "|\nName|s|x\n");
-        dir_->Write("Special", "alpha Beta\n");
         dir_->Write("snmptrapd.ini", "TrapsDirectory=" + dir_->path() + "/Traps\nDBDirectory=" + dir_->path() +
                                          "/hwinv.dba\n");
-        dir_->Write("hwinv.dba", "[SETTINGS]\nName | Value\nTrapMaxAge | 30\nTrapMaxAge | 31\n");
         std::filesystem::create_directory(dir_->path() + "/Traps");
         cwd_ = std::make_unique<kx::test::CurrentDirectory>(dir_->path());
         KXSetMibPath(mibs.c_str());
