@@ -18,8 +18,6 @@
 #include <cstring>
 #include <ctime>
 #include <filesystem>
-#include <optional>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -48,28 +46,6 @@ std::string Chain(std::string text, const char *value) {
     return HeapText(ConvertIt(text.data(), kUnbounded, value ? strdup(value) : nullptr, 1, -1)).str();
 }
 
-// A field of tests/data/conversions.txt: "<null>" is no text, "" the empty
-// text; "\t", "\\", "\xNN" and "\(N*c)" (c written N times) are escapes.
-std::optional<std::string> Field(std::string_view field) {
-    if (field == "<null>") return std::nullopt;
-    std::string text;
-    for (size_t at = 0; at < field.size(); ++at) {
-        if (field[at] != '\\' || at + 1 == field.size()) {
-            text += field[at];
-        } else if (field[++at] == 'x') {
-            text += static_cast<char>(std::stoi(std::string(field.substr(at + 1, 2)), nullptr, 16));
-            at += 2;
-        } else if (field[at] == '(') {
-            const size_t star = field.find('*', at);
-            text.append(std::stoul(std::string(field.substr(at + 1, star - at - 1))), field[star + 1]);
-            at = star + 2;
-        } else {
-            text += field[at] == 't' ? '\t' : field[at];
-        }
-    }
-    return text == "\"\"" ? "" : text;
-}
-
 const KonvertierungsEintrag *Row(const std::string &name) {
     for (int i = 0; i < ConvertTableCount; ++i)
         if (name == ConvertTable[i].name) return &ConvertTable[i];
@@ -87,21 +63,15 @@ protected:
     }
 };
 
+// tests/data/conversions.txt: the conversion's name, argument, value and result.
 TEST_F(Conversions, HandlerResults) {
-    std::istringstream lines(ReadFile(KX_SOURCE_DIR "/tests/data/conversions.txt"));
-    int calls = 0;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.empty() || line[0] == '#') continue;
-        const std::vector<std::string_view> fields = kx::core::Split(line, "\t");
-        ASSERT_EQ(fields.size(), 4u) << line;
-        const KonvertierungsEintrag *row = Row(std::string(fields[0]));
-        ASSERT_NE(row, nullptr) << line;
-        const std::optional<std::string> value = Field(fields[2]);
-        EXPECT_EQ(Convert(row->handler, *Field(fields[1]), value ? value->c_str() : nullptr),
-                  Field(fields[3]).value_or("<null>")) << line;
-        ++calls;
+    for (const kx::test::DataRow &row : kx::test::DataTable("conversions.txt")) {
+        ASSERT_EQ(row.size(), 4u);
+        const KonvertierungsEintrag *conversion = Row(*row[0]);
+        ASSERT_NE(conversion, nullptr) << *row[0];
+        EXPECT_EQ(Convert(conversion->handler, *row[1], row[2] ? row[2]->c_str() : nullptr), row[3].value_or("<null>"))
+            << *row[0] << " " << *row[1];
     }
-    EXPECT_GT(calls, 200);
 }
 
 // Numbers are read as atoi reads them on a 32-bit platform, sticking at the limits.

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr const char *kNoMatchingCycle = "<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\n";
-
 class Template : public kx::test::PageEngine {
 protected:
     void SetUp() override {
@@ -36,124 +34,19 @@ protected:
     }
 };
 
-struct Golden { const char *what, *page, *expected; };
-
-const Golden kFilePages[] = {
-    {"plain line with its line end", "plain line\n", "plain line\n"},
-    {"value", "Hello {user}!\n", "Hello bob!\n"},
-    {"unknown name", "{nope} and {_nope}\n", "{nope} and {_nope}\n"},
-    {"known without value", "[{empty}]\n", "[<nil>]\n"},
-    {"default", "[{defaulted}]\n", "[the default]\n"},
-    {"empty placeholder", "{}\n", "{}\n"},
-    {"JavaScript braces", "function f() { return 1; }\n", "function f() { return 1; }\n"},
-    {"doubled is URL-encoded", "?q={{query}}\n", "?q=a+b%26c\n"},
-    {"image name", "<img src={img}.gif>\n", "<img src=my%20pic.gif>\n"},
-    {"image name with suffix", "{img}_small.jpg\n", "my%20pic_small.jpg\n"},
-    {"not an image name", "{img} x.gif\n", "my pic x.gif\n"},
-    {"upper-case image ending", "{img}-1.JPG\n", "my%20pic-1.JPG\n"},
-    {"the first ending found counts", "{img}.GIF or x.gif\n", "my pic.GIF or x.gif\n"},
-    {"too short for an image name", "{img}.gi\n", "my pic.gi\n"},
-    {"two lines joined", "<{a\n  b}>\n", "<joined>\n"},
-    {"three lines joined", "x {us\n   e\n  r} y\n", "x bob y\n"},
-    {"a value is data", "{brace}\n", "{user} <!-- %s %n ~ }\n"},
-    {"list shows its current value", "{list}\n", "x\n"},
-    {"CycleCount outside a cycle", "{CycleCount}\n", "0\n"},
-    {"IF true", "<!{IF flag}>\nshown\n<!{/IF}>\nafter\n", "shown\nafter\n"},
-    {"IF on an entry without value", "<!{IF unset}>\nshown\n<!{/IF}>\nafter\n", "after\n"},
-    {"IF on an unknown name", "<!{IF nothing}>\nshown\n<!{/IF}>\n", "shown\n"},
-    {"IF 0 and 1", "<!{IF 0}>\nA\n<!{/IF}>\n<!{IF 1}>\nB\n<!{/IF}>\n", "B\n"},
-    {"ELSE", "<!{IF unset}>\nyes\n<!{/ELSE}>\nno\n<!{/IF}>\nend\n", "no\nend\n"},
-    {"== with alternatives", "<!{IF user==ann|bob}>\nA\n<!{/IF}>\n", "A\n"},
-    {"== without match", "<!{IF user==ann|bo}>\nA\n<!{/IF}>\nB\n", "B\n"},
-    {"~= and ||", "<!{IF a~=ab||b==2}>\nA\n<!{/IF}>\n<!{IF a~=x||b==1}>\nB\n<!{/IF}>\n", "A\nB\n"},
-    {"bare alternative", "<!{IF nothing||user==x}>\nA\n<!{/IF}>\n<!{IF empty||b==2}>\nB\n<!{/IF}>\n", "A\n"},
-    {"IF line writes nothing", "<!{IF flag}>\n", ""},
-    {"text before IF on a line is dropped", "abc <!{IF flag}> def\nx\n", "x\n"},
-    {"DEFINE a list", "<!{DEFINE d p~q~r}>\n{d}\n", "p\n"},
-    {"DEFINE from a value", "<!{DEFINE d {data}}>\n{d}\n", "{user} <!-- %s }\n"},
-    {"DEFINE splits a value at ~", "<!{DEFINE d {brace}}>\n{d}\n", "{user} <!-- %s %n \n"},
-    {"DEFINE without value", "{DEFINE d}\n", "{DEFINE d}\n"},
-    {"DEFINE inside a skipped part", "<!{IF 0}>\n<!{DEFINE e 5}>\n<!{/IF}>\n{e}\n", "5\n"},
-    {"a control that is no control", "{=_x} after\n", "<nil> after\n"},
-    {"empty condition", "{flag}{=?on:off} {b}{=?on}\n", "on on\n"},
-    {"unfinished at the end", "one\n{user} {ab\n",
-     "one\n\n<script language=JavaScript>\n<!--\nalert(\"KX Pagecraft Syntax Error:\\n\\nError line 2: "
-     "No matching '}' for '{ab' ...>\");\n// -->\n</script>\n"},
-    {"unfinished with quotes, cut to 20", "x {a\"bcdefghijklmnopqrstuvwxyz\n",
-     "\n<script language=JavaScript>\n<!--\nalert(\"KX Pagecraft Syntax Error:\\n\\nError line 1: "
-     "No matching '}' for '{a\\\"bcdefghijklmnopqr' ...>\");\n// -->\n</script>\n"},
-    // cycles
-    {"no list value: once, counter 0", "<!{CYCLE}>\nrow {user} {CycleCount}\n<!{/CYCLE}>\n", "row bob 0\n"},
-    {"one row per value", "<!{CYCLE}>\n{name}:{CycleCount}\n<!{/CYCLE}>\n", "a:0\nb:1\nc:2\n"},
-    {"the longest list counts", "<!{CYCLE}>\n{short}-{name}\n<!{/CYCLE}>\n", "1-a\n2-b\n-c\n"},
-    {"a list written late counts", "<!{CYCLE}>\n{user}\n{name}\n<!{/CYCLE}>\n", "bob\na\nbob\nb\nbob\nc\n"},
-    {"nested cycle governed by the count entry", "<!{CYCLE}>\n{g}:\n<!{CYCLE g}>\n {v}\n<!{/CYCLE}>\n<!{/CYCLE}>\n",
-     "x:\n p\n q\ny:\n r\n"},
-    {"CycleCount at each level",
-     "<!{CYCLE}>\n{short}{CycleCount}\n<!{CYCLE}>\n[{name}{CycleCount}]\n<!{/CYCLE}>\n<!{/CYCLE}>\n",
-     "10\n[a0]\n[b1]\n[c2]\n21\n[a0]\n[b1]\n[c2]\n"},
-    {"IF inside a body", "<!{CYCLE}>\n<!{IF flag}>\n{name} on\n<!{/IF}>\n<!{IF unset}>\n{name} off\n<!{/IF}>\n<!{/CYCLE}>\n",
-     "a on\nb on\nc on\n"},
-    {"an IF false at replay drops the rest of its iteration only",
-     "<!{CYCLE}>\n<!{IF name==a|b}>\n{name} yes\n<!{/IF}>\n[{CycleCount}]\n<!{/CYCLE}>\nafter\n",
-     "a yes\n[0]\nb yes\n[1]\nafter\n"},
-    {"text around the directives", "<table><!{CYCLE}><tr>\n<td>{name}</td>\n</tr><!{/CYCLE}></table>\n",
-     "<table><tr>\n<td>a</td>\n</tr><tr>\n<td>b</td>\n</tr><tr>\n<td>c</td>\n</tr></table>\n"},
-    {"script comments open the directives", "<script>\nvar a = [];\n//{CYCLE}\na.push(\"{name}\");\n//{/CYCLE}\n</script>\n",
-     "<script>\nvar a = [];\na.push(\"a\");\na.push(\"b\");\na.push(\"c\");\n</script>\n"},
-    {"text after /CYCLE goes on", "<!{CYCLE}>\n{name}\n<!{/CYCLE}> after {user}\nend\n", "a\nb\nc\nafter bob\nend\n"},
-    {"a whole cycle on one line", "<ul><!{CYCLE}><li>{name}</li><!{/CYCLE}></ul>\n", "<ul><li>a</li><li>b</li><li>c</li></ul>\n"},
-    {"directives without a comment opener", "[{CYCLE}{name},{/CYCLE}]\n", "[a,b,c,]\n"},
-    {"text before a nested CYCLE is written once", "<!{CYCLE}>\n{short}\nhead <!{CYCLE}>\n{name}\n<!{/CYCLE}>\n<!{/CYCLE}>\n",
-     "head 1\na\nb\nc\n2\na\nb\nc\n"},
-    {"text after a nested /CYCLE stays in the enclosing body",
-     "<!{CYCLE}>\n<!{CYCLE}>{name}<!{/CYCLE}>|{short}\n<!{/CYCLE}>\n", "abc|1\nabc|2\n"},
-    {"a nested CYCLE after a placeholder", "<!{CYCLE}>\n{short}<!{CYCLE}>{name}<!{/CYCLE}>\n<!{/CYCLE}>\n", "1abc2abc"},
-    {"nested cycles side by side",
-     "<!{CYCLE}>\n{short}\n<!{CYCLE}>\nA{name}\n<!{/CYCLE}>\n<!{CYCLE}>\nB{w}\n<!{/CYCLE}>\n<!{/CYCLE}>\n",
-     "1\nAa\nAb\nAc\nBp\nBq\nBr\n2\nAa\nAb\nAc\nBp\nBq\nBr\n"},
-    {"governed cycles side by side",
-     "<!{CYCLE}>\n{g}\n<!{CYCLE g}>\nA{v}\n<!{/CYCLE}>\n<!{CYCLE g}>\nB{w}\n<!{/CYCLE}>\n<!{/CYCLE}>\n",
-     "x\nAp\nAq\nBp\nBq\ny\nAr\nBr\n"},
-    {"/CYCLE without CYCLE", "x<!{/CYCLE}>y\nz\n", "<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\nz\n"},
-    {"a second /CYCLE", "<!{CYCLE}>\n{short}\n<!{/CYCLE}>\n<!{/CYCLE}>\n",
-     "1\n2\n<BR>\n<!Warning: /CYCLE ignored (no matching CYCLE) !>\n<BR>\n"},
-    {"a template ending inside a body writes nothing of it", "before\n<!{CYCLE}>\n{name}\n", "before\n"},
-    {"an entry of another kind writes the value of the iteration", "<!{CYCLE kind}>\n{name}={kind}/{plain}\n<!{/CYCLE}>\n",
-     "a=K0/P0\nb=K1/P1\nc=/\n"},
-    {"a DEFINE in a body takes effect at each iteration", "<!{CYCLE}>\n<!{DEFINE d {name}{name}}>\n{d}.{name}\n<!{/CYCLE}>\n",
-     "aa.a\nbb.b\ncc.c\n"},
-    {"the fifth level is text",
-     "<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n{short}\n<!{/CYCLE}>\n<!{/CYCLE}>\n<!{/CYCLE}>\n"
-     "<!{/CYCLE}>\n<!{/CYCLE}>\nend\n",
-     "<!{CYCLE}>\n1\n<!{/CYCLE}>\n<!{CYCLE}>\n2\n<!{/CYCLE}>\nend\n"},
-    {"four levels nest", "<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n{short}{CycleCount}\n<!{/CYCLE}>\n<!{/CYCLE}>\n"
-     "<!{/CYCLE}>\n<!{/CYCLE}>\n", "10\n21\n"},
-};
-
+// tests/data/template_pages.txt: what, template and page, in file mode.
 TEST_F(Template, FileModePages) {
-    for (const Golden &g : kFilePages) {
+    for (const kx::test::DataRow &row : kx::test::DataTable("template_pages.txt")) {
         Fresh();
-        EXPECT_EQ(Page(g.page), g.expected) << g.what;
+        EXPECT_EQ(Page(*row[1]), *row[2]) << *row[0];
     }
 }
 
-const Golden kStrings[] = {
-    {"value", "a {user} b", "a bob b"}, {"no placeholder at all", "plain", "<null>"}, {"unknown name", "{nope}", "{nope}"},
-    {"known without value", "{empty}", ""}, {"doubled", "{{query}}", "a+b%26c"},
-    {"IF prefix kept when short", "<!{IF flag}>", "<!"}, {"IF prefix withheld when long", "abcdefg<!{IF flag}>", "<null>"},
-    {"unfinished: the whole pending text", "x {a b", "<BR>\n<!Error line 1: No matching '}' for 'x {a b' ...>\n<BR>\n"},
-    {"unfinished after a finished one", "{user} {a\n b \n",
-     "<BR>\n<!Error line 1: No matching '}' for ' {a\n b' ...>\n<BR>\n"},
-    {"a value is data", "[{brace}]", "[{user} <!-- %s %n ~ }]"}, {"one-line cycle", "<!{CYCLE}>{name},<!{/CYCLE}>", "a,b,c,"},
-    {"cycle counter", "<!{CYCLE}>{CycleCount}{short};<!{/CYCLE}>.", "01;12;."},
-    {"/CYCLE without CYCLE", "x<!{/CYCLE}>y", kNoMatchingCycle}, {"unbalanced cycle", "x <!{CYCLE}>{name}", "x "},
-};
-
+// tests/data/template_strings.txt: what, template and result, in string mode.
 TEST_F(Template, StringModeResults) {
-    for (const Golden &g : kStrings) {
-        EXPECT_EQ(Evaluate(g.page), g.expected) << g.what;
-        EXPECT_EQ(Entry("name")->WertPosition, 0) << g.what;
+    for (const kx::test::DataRow &row : kx::test::DataTable("template_strings.txt")) {
+        EXPECT_EQ(Evaluate(row[1]->c_str()), row[2].value_or("<null>")) << *row[0];
+        EXPECT_EQ(Entry("name")->WertPosition, 0) << *row[0];
     }
     EXPECT_EQ(Evaluate("{list}", 1), "y") << "a fixed cycle index picks a list value";
     EXPECT_EQ(Evaluate("{list}", 3), "x") << "an index past the list gives the current value";
@@ -226,12 +119,12 @@ TEST_F(Template, PagesFilesAndCopyrights) {
     EXPECT_STREQ(Entry("_txt_a b")->Vorgabe, "spaced");
     EXPECT_EQ(Page("{_txt_x%41}\n", "other.htm"), "xA\n") << "no page text file";
     Set("DeleteCopyright", "yes");
-    const Golden pages[] = {
+    const struct { const char *what, *page, *expected; } pages[] = {
         {"html", "<!-- $Copyright$\n (c) x\n-->\nbody {user}\n", "body bob\n"},
         {"c", "/* $Copyright$\n * x\n */\nbody\n", "body\n"}, {"slashes", "  // $Copyright$\n// x\nbody\n", "body\n"},
         {"no copyright", "<!-- other -->\nbody\n", "<!-- other -->\nbody\n"}, {"to the end", "<!-- $Copyright$\nx\n", ""},
     };
-    for (const Golden &g : pages) EXPECT_EQ(Page(g.page), g.expected) << g.what;
+    for (const auto &g : pages) EXPECT_EQ(Page(g.page), g.expected) << g.what;
     EXPECT_NE(Page("<!-- $Copyright$\n-->\n\n{x\n").find("Error line 4:"), std::string::npos) << "its lines count";
     Set("DeleteCopyright", "no");
     EXPECT_EQ(Page("/* $Copyright$ */\nbody\n"), "/* $Copyright$ */\nbody\n");

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace kx::test {
 
@@ -21,6 +22,43 @@ std::string Terminated(const std::vector<std::string_view> &texts) {
 std::string ReadFile(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+namespace {
+
+std::optional<std::string> Field(std::string_view field) {
+    if (field == "<null>") return std::nullopt;
+    if (field == "\"\"") return "";
+    std::string text;
+    for (size_t at = 0; at < field.size(); ++at) {
+        if (field[at] != '\\' || at + 1 == field.size()) {
+            text += field[at];
+        } else if (field[++at] == 'x') {
+            text += static_cast<char>(std::stoi(std::string(field.substr(at + 1, 2)), nullptr, 16));
+            at += 2;
+        } else if (field[at] == '(') {
+            const size_t star = field.find('*', at);
+            text.append(std::stoul(std::string(field.substr(at + 1, star - at - 1))), field[star + 1]);
+            at = star + 2;
+        } else {
+            text += field[at] == 'n' ? '\n' : field[at] == 't' ? '\t' : field[at];
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+std::vector<DataRow> DataTable(const std::string &name) {
+    std::istringstream lines(ReadFile(std::string(KX_SOURCE_DIR) + "/tests/data/" + name));
+    std::vector<DataRow> rows;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        rows.emplace_back();
+        for (std::string_view field : core::Split(line, "\t")) rows.back().push_back(Field(field));
+    }
+    EXPECT_FALSE(rows.empty()) << name;
+    return rows;
 }
 
 void ForgetDefinitionFiles() {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,13 @@ std::string Terminated(const std::vector<std::string_view> &texts);
 
 // The whole content of a file; empty when it cannot be read.
 std::string ReadFile(const std::string &path);
+
+// The rows of a table file under tests/data: one row per line, its fields
+// separated by tabs; blank lines and lines starting with "#" are skipped. In a
+// field "<null>" is no text and "" the empty text; "\n", "\t", "\\", "\xNN"
+// and "\(N*c)" (the character c N times) are escapes.
+using DataRow = std::vector<std::optional<std::string>>;
+std::vector<DataRow> DataTable(const std::string &name);
 
 // The entries of a list, one per line: name, kind and default (or <null>)
 // separated by "|", then "=" and each value in brackets when there are
