@@ -138,40 +138,15 @@ TEST_F(Placeholders, EnumerationOutput) {
     }
 }
 
-// Each control with the value of Name it runs on; the result and the length consumed.
+// tests/data/placeholder_controls.txt: control, value of Name, result.
 TEST_F(Placeholders, Controls) {
     Set("other", "v");
     Set("Dir", dir_.path().c_str());
-    struct Case { const char *control, *name, *expected; };
-    const Case cases[] = {
-        // an empty condition: the value is "true" unless empty or 0; branches are not evaluated
-        {"{=?on:off} rest", "12", "on@10"}, {"{=?on:off}", "0", "off@10"}, {"{=?on}", "0", "@6"},
-        {"{=?on:off}", "abc", "off@10"}, {"{=?{x}:off}", "abc", "off@11"},
-        // what is no control
-        {"{=no question}", "12", "<null>@0"}, {"{=x?a:b}", "12", "<null>@8"}, {"{=x==1?a:b}", "12", "<null>@11"},
-        {"{={nobody}==1?a:b}", "12", "b@18"}, {"{=unclosed", "12", "<null>@0"},
-        // branches: evaluated, nested, with the value, a conversion, text in front of a chain
-        {"{=_this==1?A:[{other}]}", "12", "[v]"}, {"{=_this==1?A:{=?yes:no}}", "12", "yes"},
-        {"{=_this==1?A:is _this!}", "12", "is 12!"}, {"{=_this==1?A:is _this}", "12", "is 12"},
-        {"{=_this==1?A:javascript%3Ago(_this)}", "12", "javascript:go(12)"}, {"{=_numeric._this==1?A:B}", "12", "B"},
-        {"{=_this==1?A:_hex._this}", "12", "c"}, {"{=_this==1?A:Hex: _hex.{Name}}", "12", "Hex: c"},
-        // compared controls
-        {"{=_this==12?A:B}", "12", "A"}, {"{=_this==12?A:B}", "13", "B"}, {"{=_numeric.{Name}>=10?many:few}", "12", "many"},
-        {"{=_numeric.{Name}>=10?many:few}", "5", "few"}, {"{=_this!=1|12?A:_hex._this}", "12", "A"},
-        {"{=_this<5?A:B}", "255", "A"}, {"{=_numeric._this<5?A:_hex._this}", "255", "ff"},
-        {"{=_this==12?{=_this==12?in:out}:B}", "12", "in"}, {"{=_this=12?A:B}", "12", "B"},
-        // a "|" in a placeholder's value stays inside one element of the old and new lists
-        {"{=_this!=?_strreplace,{bar},Z._this:}", "xa|bya|b", "xZyZ"},
-        {"{=_this!=?_strchange,{bar},N|M._this:}", "xa|bya|b", "xNya|b"},
-        {"{=_this!=?_strchange,{bar},{bar}._this:}", "xa|bya|b", "x{bar}ya|b"},  // new texts are taken as written
-        {"{=_this!=?_strreplace,q|{bar},Y|Z._this:}", "xa|bya|b", "xa|bya|b"},   // then every bar of the old texts is data
-        // the file test
-        {"{=_file.{Dir}/x.ini==1?yes:no}", "12", "no"},
-    };
-    for (const Case &c : cases) {
-        Set("Name", c.name);
-        EXPECT_EQ(std::strchr(c.expected, '@') ? Control(c.control) : ControlResult(c.control), c.expected)
-            << c.control << " with " << c.name;
+    for (const kx::test::DataRow &row : kx::test::DataTable("placeholder_controls.txt")) {
+        Set("Name", row[1]->c_str());
+        const bool consumed = row[2]->find('@') != std::string::npos;
+        EXPECT_EQ(consumed ? Control(row[0]->c_str()) : ControlResult(row[0]->c_str()), *row[2])
+            << *row[0] << " with " << *row[1];
     }
     EXPECT_EQ(ControlResult("{=?on:off}", "nobody"), "on") << "without a this entry";
     dir_.Write("x.ini", "|\n");
@@ -235,33 +210,16 @@ TEST(Compare, TablesFollowTheOperatorOrder) {
                 << (c.left ? c.left : "<null>") << " " << CompareTab[op].Operator << " " << (c.right ? c.right : "<null>");
 }
 
-struct ValueCase { const char *type, *op, *left, *right; int expected; };
-
-const ValueCase kValueCases[] = {
-    {"_string", "==", "abc", "x|abc", 1}, {"_string", "==", "abc", "x|y", 0}, {"_string", "!=", "abc", "abc", 0},
-    {"_string", "!=", "abc", "abc|x", 1}, {"_string", "<=", "b", "a|b", 1}, {"_string", ">=", "b", "c", 0},
-    {"_string", "<", "a", "b", 1}, {"_string", ">", "b", "a", 1}, {"_string", "==", "B", "b", 0},
-    {"_string", "==", "a b", "a%20b", 1}, {"_string", "==", "", "", 1},
-    {"_string", "==", "a", "a%7Cb", 1},  // decoded, then split
-    {"_stringi", "==", "B", "b", 1}, {"_stringi", "<", "a", "B", 1}, {"_stringi", "!=", "ABC", "x|abc", 1},
-    {"_stringi", ">", "b", "A", 1}, {"_stringn", "==", "abcdef", "xyz|abc", 1}, {"_stringn", "<", "ab", "abc", 1},
-    {"_stringn", "==", "Abc", "abc", 0}, {"_stringni", "==", "ABCdef", "abc", 1}, {"_stringni", ">=", "b", "A", 1},
-    {"_numeric", ">", "10", "9", 1}, {"_numeric", "<", "10", "9", 0}, {"_numeric", "<=", "5", "5", 1},
-    {"_numeric", ">=", "5", "6|4", 1}, {"_numeric", "==", "abc", "abc", 0}, {"_numeric", "!=", "abc", "1", 1},
-    {"_NUMERIC", "==", "3", "3.0", 1}, {"_strstr", "==", "xabx", "ab|cd", 1}, {"_strstr", "==", "xcdx", "ab|cd", 1},
-    {"_strstr", "==", "xx", "ab|cd", 0}, {"_strstr", "<", "xabx", "ab|cd", 1}, {"_strstr", "<", "xabcdx", "ab|cd", 0},
-    {"_strstr", ">", "xabcdx", "ab|zz", 1}, {"_strstr", "<=", "xabx", "ab", 1}, {"_strstr", ">=", "xx", "ab", 0},
-    {"_strstr", "!=", "xabx", "ab", 0}, {"_bogus", "==", "a", "a", 0}, {nullptr, "==", "a", "a", 0},
-};
-
+// tests/data/comparisons.txt: kind, operator, value, alternatives, result.
 TEST(Compare, EveryKindWithEveryOperator) {
-    for (const ValueCase &c : kValueCases) {
+    for (const kx::test::DataRow &c : kx::test::DataTable("comparisons.txt")) {
         InputList l;
         l.Add("v");
-        SetEingabeWert(l.count(), l.list(), "v", c.left);
+        SetEingabeWert(l.count(), l.list(), "v", c[2]->c_str());
+        const char *type = c[0] ? c[0]->c_str() : nullptr;
         for (int cycle : {-1, 0})
-            EXPECT_EQ(Compare(l, c.type, c.op, c.right, cycle), c.expected)
-                << (c.type ? c.type : "<null>") << " '" << c.left << "' " << c.op << " '" << c.right << "' cycle " << cycle;
+            EXPECT_EQ(Compare(l, type, c[1]->c_str(), c[3]->c_str(), cycle), std::stoi(*c[4]))
+                << c[0].value_or("<null>") << " '" << *c[2] << "' " << *c[1] << " '" << *c[3] << "' cycle " << cycle;
     }
 }
 
