@@ -15,6 +15,7 @@
 #include "companion/libKXsnmp.h"
 #include "kx_template.h"
 #include "support/kx_test.h"
+#include "support/server_process.h"
 
 namespace {
 
@@ -182,14 +183,7 @@ TEST_F(DefinitionFiles, ConcurrentSavesLoseNoUpdate) {
     for (int c = 0; c < kWriters; ++c) content += "K" + std::to_string(c) + "|n|0\n";
     dir_.Write("app.ini", content + "Tail|n|end\n");
     Record(0, "app.ini", '|');
-    std::vector<pid_t> children;
-    for (int c = 0; c < kWriters; ++c) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child != 0) {
-            children.push_back(child);
-            continue;
-        }
+    const auto children = kx::test::ForkEach(kWriters, [&](int c) {
         const std::string key = "K" + std::to_string(c);
         for (int i = 1; i <= kWrites; ++i) {
             InputList l;
@@ -197,8 +191,7 @@ TEST_F(DefinitionFiles, ConcurrentSavesLoseNoUpdate) {
             l.Add("SetIniValue");
             Assign(l, {key + "=" + std::to_string(i) + std::string(static_cast<size_t>(i) % kPadding, 'x'), "SetIniValue=" + key});
         }
-        _exit(0);
-    }
+    });
     for (int alive = kWriters; alive > 0;) {
         const std::string now = ReadFile("app.ini");
         ASSERT_TRUE(now.starts_with("|\nK0|n|") && now.ends_with("\nTail|n|end\n")) << now;

@@ -123,15 +123,10 @@ TEST(Inventory, PopupsAreWholeLinesFromManyProcesses) {
     unlink(ALARM_POPUP_QUEUE);
     constexpr int kProcesses = 4, kEach = 200;
     const std::string message(3000, 'm');  // longer than a pipe's atomic write
-    std::vector<pid_t> children;
-    for (int p = 0; p < kProcesses; ++p)
-        if (const pid_t child = fork(); child == 0) {
-            for (int i = 0; i < kEach; ++i) AlarmFwdPopup(0, "t", message.c_str(), 0, 0);
-            _exit(0);
-        } else {
-            children.push_back(child);
-        }
-    for (const pid_t child : children) waitpid(child, nullptr, 0);
+    EXPECT_EQ(kx::test::WaitEach(kx::test::ForkEach(kProcesses, [&](int) {
+                  for (int i = 0; i < kEach; ++i) AlarmFwdPopup(0, "t", message.c_str(), 0, 0);
+              })),
+              0);
     const std::string all = kx::test::ReadFile(ALARM_POPUP_QUEUE);
     const std::vector<std::string_view> lines = kx::core::Split(all, "\n");
     ASSERT_EQ(lines.size(), kProcesses * kEach + 1u);

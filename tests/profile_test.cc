@@ -15,6 +15,7 @@
 #include "kx_profile.h"
 #include "kx_template.h"
 #include "support/kx_test.h"
+#include "support/server_process.h"
 
 namespace {
 
@@ -337,29 +338,19 @@ TEST_F(Profile, UserIdsStayUniqueAcrossProcesses) {
     constexpr int kProcesses = 8, kIds = 200;
     int ids[2];
     ASSERT_EQ(pipe(ids), 0);
-    std::vector<pid_t> children;
-    for (int p = 0; p < kProcesses; ++p) {
-        const pid_t child = fork();
-        if (child == 0) {
-            close(ids[0]);
-            for (int i = 0; i < kIds; ++i) {
-                Set("UserID", nullptr);
-                const int id = CreateUID(in_.count(), in_.list());
-                if (write(ids[1], &id, sizeof id) != sizeof id) _exit(2);
-            }
-            _exit(0);
+    const auto children = kx::test::ForkEach(kProcesses, [&](int) {
+        close(ids[0]);
+        for (int i = 0; i < kIds; ++i) {
+            Set("UserID", nullptr);
+            const int id = CreateUID(in_.count(), in_.list());
+            if (write(ids[1], &id, sizeof id) != sizeof id) _exit(2);
         }
-        children.push_back(child);
-    }
+    });
     close(ids[1]);
     std::set<int> seen;
     for (int id; read(ids[0], &id, sizeof id) == sizeof id;) EXPECT_TRUE(seen.insert(id).second) << id;
     close(ids[0]);
-    for (const pid_t child : children) {
-        int status = -1;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
-    }
+    EXPECT_EQ(kx::test::WaitEach(children), 0);
     EXPECT_EQ(seen.size(), static_cast<size_t>(kProcesses * kIds));
     EXPECT_EQ(*seen.begin(), 1);
     EXPECT_EQ(*seen.rbegin(), kProcesses * kIds);

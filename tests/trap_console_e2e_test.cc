@@ -102,17 +102,10 @@ TEST(TrapReceive, SameSecondDistinctIdentifiers) {
     const std::string trap = "host\nUDP: [10.0.0.2]:161->[127.0.0.1]:10162\n.1.3.6.1.6.3.1.1.4.1.0 .1.3.6.1.4.1.99999.0.3\n";
     const size_t before = kx::test::StoredTraps(Site(server)).size();
     const unsigned long long newest = Identifier(kx::test::StoredTraps(Site(server)).back());
-    std::vector<pid_t> children;
-    for (int i = 0; i < kProcesses; ++i) {
-        const pid_t pid = fork();
-        if (pid == 0) _exit(Receive(server, trap).empty() ? 1 : 0);
-        children.push_back(pid);
-    }
-    for (pid_t pid : children) {
-        int status = 0;
-        waitpid(pid, &status, 0);
-        EXPECT_EQ(status, 0);
-    }
+    EXPECT_EQ(kx::test::WaitEach(kx::test::ForkEach(kProcesses, [&](int) {
+                  if (Receive(server, trap).empty()) _exit(1);
+              })),
+              0);
     const auto names = kx::test::StoredTraps(Site(server));
     std::set<unsigned long long> ids;
     for (const std::string &name : names) ids.insert(Identifier(name));

@@ -1,7 +1,8 @@
-// A server for the time of a test or benchmark (lighttpd, snmpsim,
-// snmptrapd, snmptt): a free port of 127.0.0.1, the process started in a
-// group of its own, waited for until it answers, and stopped with everything
-// it started. Header only: the benchmarks include it without the test library.
+// Processes of tests and benchmarks: children that run a piece of the test
+// at once, and servers for the time of a test (lighttpd, snmpsim, snmptrapd,
+// snmptt): a free port of 127.0.0.1, the process started in a group of its
+// own, waited for until it answers, and stopped with everything it started.
+// Header only: the benchmarks include it without the test library.
 #ifndef KX_TESTS_SUPPORT_SERVER_PROCESS_H
 #define KX_TESTS_SUPPORT_SERVER_PROCESS_H
 
@@ -51,6 +52,31 @@ inline bool WaitFor(const std::function<bool()> &done, std::chrono::milliseconds
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
     return true;
+}
+
+// Runs body(i) for i = 0 .. count - 1, each in a child process of its own
+// that ends with status 0 when body returns; the children's ids.
+inline std::vector<pid_t> ForkEach(int count, const std::function<void(int)> &body) {
+    std::vector<pid_t> children;
+    for (int i = 0; i < count; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            body(i);
+            _exit(0);
+        }
+        children.push_back(child);
+    }
+    return children;
+}
+
+// Waits for the children; how many of them did not end with status 0.
+inline int WaitEach(const std::vector<pid_t> &children) {
+    int failed = 0;
+    for (const pid_t child : children) {
+        int status = -1;
+        failed += child < 0 || waitpid(child, &status, 0) != child || status != 0;
+    }
+    return failed;
 }
 
 class ServerProcess {

@@ -6,8 +6,6 @@
 #define KX_TESTS_SUPPORT_TRAP_STRESS_H
 
 #include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -23,6 +21,7 @@
 
 #include "companion/libKXUtils.h"
 #include "kx_trap.h"
+#include "support/server_process.h"
 
 namespace kx::stress {
 
@@ -110,16 +109,6 @@ struct Outcome {
     }
 };
 
-template <typename Body>
-pid_t Start(Body &&body) {
-    const pid_t pid = fork();
-    if (pid == 0) {
-        body();
-        _exit(0);
-    }
-    return pid;
-}
-
 // After the last prune exactly the newest `maximum` traps remain, once each,
 // carrying the last state every acknowledger set, and nothing else is left.
 inline Outcome Check(const std::string &dir, const std::string &work, int traps, int maximum) {
@@ -151,15 +140,11 @@ inline Outcome Check(const std::string &dir, const std::string &work, int traps,
 inline Outcome RunTrapStress(const std::string &dir, const std::string &work, int traps, int maximum) {
     void *memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     Shared &shared = *new (memory) Shared{};
-    std::vector<pid_t> children{Start([&] { Writer(dir, traps, shared); }),
-                                Start([&] { Pruner(dir, maximum, shared); })};
-    for (int k = 0; k < kAcknowledgers; ++k)
-        children.push_back(Start([&, k] { Acknowledger(k, dir, traps, shared, work + "/ack-" + std::to_string(k)); }));
-    int childFailures = 0;
-    for (const pid_t child : children) {
-        int status = 0;
-        childFailures += waitpid(child, &status, 0) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0;
-    }
+    const int childFailures = kx::test::WaitEach(kx::test::ForkEach(2 + kAcknowledgers, [&](int i) {
+        if (i == 0) Writer(dir, traps, shared);
+        else if (i == 1) Pruner(dir, maximum, shared);
+        else Acknowledger(i - 2, dir, traps, shared, work + "/ack-" + std::to_string(i - 2));
+    }));
     Outcome outcome = Check(dir, work, traps, maximum);
     outcome.childFailures = childFailures + shared.failures;
     outcome.renames = shared.renames;
