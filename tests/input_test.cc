@@ -353,10 +353,6 @@ TEST(Posted, InputThatDoesNotArriveWholeGivesNull) {
 // An in-memory definition: the texts, each with its NUL, and the empty text that ends the block.
 std::string Block(const std::vector<std::string_view> &texts) { return Terminated(texts) + '\0'; }
 
-std::string Message(const std::string &file, int line, const std::string &missing, const char *separator = "|") {
-    return "<! ErmittleEingabe: Fehler in '" + file + "' Zeile '" + std::to_string(line) + "': Kein '" + separator +
-           "' hinter '" + missing + "'gefunden>\n";
-}
 
 // Each test runs in a directory of its own with fresh keyword indexes and no
 // recorded definition files, and sees what the library writes to its page.
@@ -373,50 +369,19 @@ protected:
     kx::test::CapturedPage page;
 };
 
-// A definition in memory or in the file App.ini (block is the file's content
-// when file is set), the entries it declares and the messages it writes.
-struct Case { const char *what; std::string block; bool file; std::string entries, messages; };
-
 const std::string kLong(10000, 'x');
 const std::string kPiece(4095 - 7, 'x');  // lines count 4095 bytes, the rest is dropped
 
-const Case kCases[] = {
-    {"a line", Block({"|", "User|n|guest"}), false, "User|n|guest\n", ""},
-    {"no default", Block({"|", "Flag|j"}), false, "Flag|n|<null>\n", Message("", 2, "TextElementErmittlung")},
-    {"blanks kept", Block({"|", "  Pad|j|x"}), false, "  Pad|j|x\n", ""},
-    {"kind's first letter", Block({"|", "Kind|jx|def"}), false, "Kind|j|def\n", ""},
-    {"the rest is the default", Block({"|", "Rest|n|a|b"}), false, "Rest|n|a|b\n", ""},
-    {"cut at a line end", Block({"|", "Cut|n|ab\rcd"}), false, "Cut|n|ab\n", ""},
-    {"empty default", Block({"|", "Trail|n|"}), false, "Trail|n|\n", ""},
-    {"empty kind", Block({"|", "Twice||x"}), false, "Twice|||x\n", ""},
-    {"no name", Block({"|", "|n|nameless"}), false, "|n|nameless\n", ""},
-    // the line number shown is the count at that point plus two
-    {"line without separator", Block({"|", "A|n|1", "no separator", "B|n|2"}), false, "A|n|1\nB|n|2\n", Message("", 3, "Name")},
-    {"blank lines", Block({"|", " \t\r\n", "A|n|1"}), false, "A|n|1\n", ""},
-    {"separator line end", Block({"~\r\n", "A~j~x"}), false, "A|j|x\n", ""},
-    {"a repeated name adds another", Block({"|", "X|n|", "X|n|again"}), false, "X|n|\nX|n|again\n", ""},
-    {"long line in memory", Block({"|", "Long|n|" + kLong, "Next|n|1"}), false, "Long|n|" + kLong + "\nNext|n|1\n", ""},
-    {"file with messages", "|\nA|n|1\nbroken\nB|j\n", true, "A|n|1\nB|n|<null>\n",
-     Message("App.ini", 3, "Name") + Message("App.ini", 3, "TextElementErmittlung")},
-    {"CR LF", "|\r\nA|n|x\r\nB|n|y\r\n", true, "A|n|x\nB|n|y\n", ""},
-    {"no final line end", "|\nA|n|last", true, "A|n|last\n", ""},
-    {"a NUL ends the line", std::string("|\nA|n|x\0yy|z\nB|n|\n", 18), true, "A|n|x\nB|n|\n", ""},
-    // the tail of a long saved value must not become an entry of its own
-    {"rest of a long file line dropped",
-     "|\nLong|n|" + std::string(4084, 'A') + "Ersetzungsanfang|n|[\nNext|n|1\n", true,
-     "Long|n|" + std::string(4084, 'A') + "Erse\nNext|n|1\n", ""},
-    {"empty separator line", std::string("\0|\nA|n|1\n", 9), true, "", Message("App.ini", 2, "Name", "")},
-};
-
+// tests/data/definitions.txt: what, where, definition, entries, messages.
 TEST_F(Definition, DeclaresTheEntriesOfEachLine) {
-    for (const Case &c : kCases) {
-        SCOPED_TRACE(c.what);
+    for (const kx::test::DataRow &c : kx::test::DataTable("definitions.txt")) {
+        SCOPED_TRACE(*c[0]);
         in_.Clear();
         kx::test::CapturedPage messages;
-        if (c.file) dir_.Write("App.ini", c.block);
-        ASSERT_EQ(Read(c.file ? std::string("App") : c.block), 0);
-        EXPECT_EQ(Entries(), c.entries);
-        EXPECT_EQ(messages.Text(), c.messages);
+        if (*c[1] == "file") dir_.Write("App.ini", *c[2]);
+        ASSERT_EQ(Read(*c[1] == "file" ? std::string("App") : *c[2]), 0);
+        EXPECT_EQ(Entries(), *c[3]);
+        EXPECT_EQ(messages.Text(), *c[4]);
     }
 }
 
@@ -495,7 +460,8 @@ TEST_F(Definition, FallsBackBesideTheProgram) {
         EXPECT_STREQ(_IniFilename[0], c.recorded);
         EXPECT_EQ(_IniFilenameDivideSign[0], c.sign);
     }
-    EXPECT_EQ(page.Text(), Message("bin/Prog.ini", 3, "Name", "~")) << "messages name the path that was opened";
+    EXPECT_EQ(page.Text(), "<! ErmittleEingabe: Fehler in 'bin/Prog.ini' Zeile '3': Kein '~' hinter 'Name'gefunden>\n")
+        << "messages name the path that was opened";
     EXPECT_EQ(Entries(), "A|n|1\n");
     kx::test::ForgetDefinitionFiles();
     for (const char *program : {"prog.cgi", static_cast<const char *>(nullptr)}) EXPECT_EQ(Read2("Prog", program), 1);

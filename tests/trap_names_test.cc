@@ -12,53 +12,23 @@
 
 namespace {
 
-const std::string kLong(4000, '7');
+std::optional<std::string> Piece(const char *text) { return text != nullptr ? std::optional<std::string>(text) : std::nullopt; }
 
-struct ParseCase {
-    std::string path;
-    // mibFile enterprise generic specific rest agentAddress server states; "-" for left unset
-    std::vector<std::string> pieces;
-};
-
-void PrintTo(const ParseCase &c, std::ostream *out) { *out << c.path.substr(0, 64); }
-
-std::string Piece(const char *text) { return text != nullptr ? text : "-"; }
-
-class TrapNameParser : public ::testing::TestWithParam<ParseCase> {};
-
-TEST_P(TrapNameParser, CutsTheBaseNameIntoItsPieces) {
-    char *mib = nullptr, *enterprise = nullptr, *generic = nullptr, *specific = nullptr, *rest = nullptr;
-    char *agent = nullptr, *server = nullptr, *states = nullptr;
-    kx::test::HeapText copy(GTDetermineActTrapInformation(GetParam().path.c_str(), &mib, &enterprise, &generic,
-                                                          &specific, &rest, &agent, &server, &states));
-    kx::test::HeapText a(mib), b(agent), c(server), d(states);
-    ASSERT_NE(copy.get(), nullptr);
-    EXPECT_EQ((std::vector<std::string>{Piece(mib), Piece(enterprise), Piece(generic), Piece(specific), Piece(rest),
-                                        Piece(agent), Piece(server), Piece(states)}),
-              GetParam().pieces);
+// tests/data/trap_names.txt: a path, then the pieces of its base name.
+TEST(TrapNameParser, CutsTheBaseNameIntoItsPieces) {
+    for (const kx::test::DataRow &row : kx::test::DataTable("trap_names.txt")) {
+        char *mib = nullptr, *enterprise = nullptr, *generic = nullptr, *specific = nullptr, *rest = nullptr;
+        char *agent = nullptr, *server = nullptr, *states = nullptr;
+        kx::test::HeapText copy(GTDetermineActTrapInformation(row[0]->c_str(), &mib, &enterprise, &generic, &specific,
+                                                              &rest, &agent, &server, &states));
+        kx::test::HeapText a(mib), b(agent), c(server), d(states);
+        ASSERT_NE(copy.get(), nullptr);
+        EXPECT_EQ((kx::test::DataRow{row[0], Piece(mib), Piece(enterprise), Piece(generic), Piece(specific), Piece(rest),
+                                     Piece(agent), Piece(server), Piece(states)}),
+                  row)
+            << row[0]->substr(0, 64);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Names, TrapNameParser, ::testing::Values(
-    ParseCase{"T99999l5nABCDE_6_1001_192_168_1_10_srv01_000000000.1700000000",
-              {"ABCDE.mib", "99999", "6", "1001", "192_168_1_10_srv01_000000000.1700000000", "192.168.1.10", "srv01", "000000000"}},
-    ParseCase{"Traps/t123_0_0_10_0_0_1_0000_000000011.42",
-              {"-", "123", "0", "0", "10_0_0_1_0000_000000011.42", "10.0.0.1", "-", "000000011"}},
-    ParseCase{"T1_2_3_4_5_6_7_srv_000000000",  // no dot
-              {"-", "1", "2", "3", "4_5_6_7_srv_000000000", "-", "-", "-"}},
-    ParseCase{"T1_6_1.99",  // no state field: the specific number ends at the dot
-              {"-", "1", "6", "1", "99", "-", "-", "-"}},
-    ParseCase{"T1_6_1_10_0_0_1.99",  // states, but no server behind the address
-              {"-", "1", "6", "1", "10_0_0_1.99", "-", "-", "1"}},
-    ParseCase{"T1l999nAB",  // MIB tag length beyond the end
-              {"AB.mib", "1", "", "", "", "-", "-", "-"}},
-    ParseCase{"Tabc_x_y_1_2_3_4_s_000000000.zz",  // no digits where numbers belong
-              {"-", "", "bc", "x", "y_1_2_3_4_s_000000000.zz", "y.1.2.3", "4_s", "000000000"}},
-    ParseCase{"T" + kLong + "_1_2_3_4_5_6_s_000000000.1",
-              {"-", kLong, "1", "2", "3_4_5_6_s_000000000.1", "3.4.5.6", "s", "000000000"}},
-    ParseCase{"T1l4000n" + kLong, {kLong + ".mib", "1", "", "", "", "-", "-", "-"}},
-    ParseCase{"/var/T1_2_3_4_5/6_7_s_000000000.1",  // the base name starts behind the last "/"
-              {"-", "", "7", "s", "000000000.1", "-", "-", "-"}},
-    ParseCase{"Traps/", {"-", "", "", "", "", "-", "-", "-"}}));
 
 TEST(TrapNameParser, NullPathAndNoOutputs) {
     EXPECT_EQ(GTDetermineActTrapInformation(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
