@@ -38,33 +38,14 @@ std::string Show(const KXBladeProperties *p) {
            std::to_string(p->BladeMark);
 }
 
+// tests/data/blade_properties.txt: rows, address, rows found, properties.
 TEST(Inventory, BladePropertiesFromTheServerList) {
-    struct Case {
-        const char *rows, *address;
-        int result;
-        const char *properties;
-    };
-    const std::vector<Case> cases = {
-        {"rack7|10.0.0.9|BladeServer|rack7|0.0.0.0\n", "10.0.0.9", 1, "BladeServer|rack7|-|-|-1"},
-        {"srv01|10.0.0.1|Server|sys01|0.0.0.0\n", "10.0.0.1", 0, "-|srv01|-|-|-1"},
-        {"chassis1\\blade3|10.0.0.5|Blade|b3|0.0.0.0\n", "10.0.0.5", 1, "Blade|chassis1\\blade3|chassis1|b3|1"},
-        {"chassis1\\blade3|10.0.0.5|Blade|b3|10.0.0.9\nrack7|10.0.0.9|BladeServer\n", "10.0.0.5", 1,
-         "Blade|chassis1\\blade3|rack7|b3|1"},
-        // Management address without a row: the name before the "\".
-        {"c2\\b1|10.0.0.5|Blade||10.9.9.9\n", "10.0.0.5", 1, "Blade|c2\\b1|c2||1"},
-        // Two rows, one without "\": it names the server and the system.
-        {"c3\\b4|10.0.0.7|SwitchBlade|x\nsw4|10.0.0.7|Switch|y\n", "10.0.0.7", 2, "SwitchBlade|sw4|c3|sw4|0"},
-        {"bladeless|10.0.0.8|Blade\n", "10.0.0.8", 1, "Blade|bladeless|-|bladeless|0"},
-        {"srv01|10.0.0.1|Server\n", "10.0.0.2", 0, "none"},
-        // Short rows and binary bytes are plain texts.
-        {"\x01\xff|10.0.0.3\n", "10.0.0.3", 0, "-|\x01\xff|-|-|-1"},
-    };
     TempDir dir;
-    for (const Case &c : cases) {
-        const std::string db = dir.Write("hwinv.dba", std::string(kHeader) + c.rows);
+    for (const kx::test::DataRow &c : kx::test::DataTable("blade_properties.txt")) {
+        const std::string db = dir.Write("hwinv.dba", std::string(kHeader) + *c[0]);
         KXBladeProperties *properties = reinterpret_cast<KXBladeProperties *>(1);
-        EXPECT_EQ(KXDetermineBladeProperties(db.c_str(), c.address, nullptr, &properties), c.result) << c.rows;
-        EXPECT_EQ(Show(properties), c.properties) << c.rows;
+        EXPECT_EQ(KXDetermineBladeProperties(db.c_str(), c[1]->c_str(), nullptr, &properties), std::stoi(*c[2])) << *c[0];
+        EXPECT_EQ(Show(properties), *c[3]) << *c[0];
         free(properties);
     }
 }

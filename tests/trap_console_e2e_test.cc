@@ -59,28 +59,9 @@ std::string Receive(const ConsoleServer &server, const std::string &trap) {
 TEST(TrapReceive, NamesAsTheConsoleReadsThem) {
     ConsoleServer server(KX_CONSOLE_CGI);
     const std::string head = "host\nUDP: [10.0.0.2]:161->[127.0.0.1]:10162\n.1.3.6.1.2.1.1.3.0 5\n";
-    struct Row {
-        std::string varbinds, name;  // the name without its identifier
-    } rows[] = {
-        // v2c, enterprise-specific: the ".0" before the number is dropped; MIB tag from OID2Mib.ini
-        {".1.3.6.1.6.3.1.1.4.1.0 .1.3.6.1.4.1.99999.0.3\n.1.3.6.1.4.1.99999.2.1.0 \"46 31 \"\n",
-         "T99999l5nRACK7_6_3_10_0_0_2_storage-01_000000000."},
-        // an enterprise no MIB describes, from a sender the server list does not know
-        {".1.3.6.1.6.3.1.1.4.1.0 .1.3.6.1.4.1.88888.7\n.1.3.6.1.6.3.18.1.3.0 10.9.9.9\n",
-         "T88888_6_7_10_9_9_9_0000_000000000."},
-        // a standard trap: generic = its number - 1, specific 0, enterprise of another tree
-        {".1.3.6.1.6.3.1.1.4.1.0 .1.3.6.1.6.3.1.1.5.1\n", "T0_0_0_10_0_0_2_storage-01_000000000."},
-        // a v1 linkUp as snmptrapd passes it on: its enterprise counts (and names the MIB)
-        {".1.3.6.1.6.3.1.1.4.1.0 .1.3.6.1.6.3.1.1.5.4\n.1.3.6.1.6.3.1.1.4.3.0 .1.3.6.1.4.1.99999\n",
-         "T99999l5nRACK7_3_0_10_0_0_2_storage-01_000000000."},
-        // a blade: chassis and blade joined by "-"
-        {".1.3.6.1.6.3.1.1.4.1.0 .1.3.6.1.4.1.99999.0.4\n.1.3.6.1.6.3.18.1.3.0 10.0.0.5\n",
-         "T99999l5nRACK7_6_4_10_0_0_5_chassis1-blade3_000000000."},
-        {"\n", ""},  // no snmpTrapOID.0: nothing stored
-    };
-    for (const Row &row : rows) {
-        const std::string name = Receive(server, head + row.varbinds);
-        EXPECT_EQ(name.substr(0, name.rfind('.') + 1), row.name) << row.varbinds;
+    for (const kx::test::DataRow &row : kx::test::DataTable("received_traps.txt")) {
+        const std::string name = Receive(server, head + *row[0]);
+        EXPECT_EQ(name.substr(0, name.rfind('.') + 1), *row[1]) << *row[0];
     }
     // Hex bytes come back byte for byte; the header records carry uptime, enterprise and agent.
     const std::string name = Receive(server, head + ".1.3.6.1.6.3.1.1.4.1.0 .1.3.6.1.4.1.99999.0.3\n"
