@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <string>
@@ -85,43 +86,28 @@ using Comparison = int (*)(const char *, const char *);
 // The six functions of one kind, in the order == != <= >= < >.
 struct Kind { const char *name; Comparison functions[6]; };
 
-const Kind kText{"text", {TextCompareEqual, TextCompareNotEqual, TextCompareLowerEqual, TextCompareGreaterEqual,
-                          TextCompareLower, TextCompareGreater}};
-const Kind kTextI{"text i", {TextCompareEquali, TextCompareNotEquali, TextCompareLowerEquali,
-                             TextCompareGreaterEquali, TextCompareLoweri, TextCompareGreateri}};
-const Kind kTextN{"text N", {TextCompareEqualN, TextCompareNotEqualN, TextCompareLowerEqualN,
-                             TextCompareGreaterEqualN, TextCompareLowerN, TextCompareGreaterN}};
-const Kind kTextNi{"text Ni", {TextCompareEqualNi, TextCompareNotEqualNi, TextCompareLowerEqualNi,
-                               TextCompareGreaterEqualNi, TextCompareLowerNi, TextCompareGreaterNi}};
-const Kind kNumeric{"numeric", {NumericCompareEqual, NumericCompareNotEqual, NumericCompareLowerEqual,
-                                NumericCompareGreaterEqual, NumericCompareLower, NumericCompareGreater}};
+const Kind kKinds[] = {
+    {"text", {TextCompareEqual, TextCompareNotEqual, TextCompareLowerEqual, TextCompareGreaterEqual, TextCompareLower,
+              TextCompareGreater}},
+    {"text i", {TextCompareEquali, TextCompareNotEquali, TextCompareLowerEquali, TextCompareGreaterEquali,
+                TextCompareLoweri, TextCompareGreateri}},
+    {"text N", {TextCompareEqualN, TextCompareNotEqualN, TextCompareLowerEqualN, TextCompareGreaterEqualN,
+                TextCompareLowerN, TextCompareGreaterN}},
+    {"text Ni", {TextCompareEqualNi, TextCompareNotEqualNi, TextCompareLowerEqualNi, TextCompareGreaterEqualNi,
+                 TextCompareLowerNi, TextCompareGreaterNi}},
+    {"numeric", {NumericCompareEqual, NumericCompareNotEqual, NumericCompareLowerEqual, NumericCompareGreaterEqual,
+                 NumericCompareLower, NumericCompareGreater}},
+};
 
-// Results for == != <= >= < >.
-constexpr const char *kEqual = "101100", *kLower = "011010", *kGreater = "010101", *kUnordered = "010000";
-
+// tests/data/parser_comparisons.txt: kind, left, right, results.
 TEST(Parser, EveryComparisonOfEveryKind) {
-    struct Case { const Kind *kind; const char *left, *right, *expected; };
-    const Case cases[] = {
-        {&kText, "abc", "abc", kEqual}, {&kText, "abc", "abd", kLower}, {&kText, "b", "abc", kGreater},
-        {&kText, "ab", "abc", kLower}, {&kText, "ABC", "abc", kLower}, {&kText, "\xE4", "z", kGreater},  // unsigned bytes
-        {&kText, nullptr, "", kEqual}, {&kText, "", "a", kLower}, {&kText, "10", "9", kLower},  // texts, not numbers
-        {&kTextI, "ABC", "abc", kEqual}, {&kTextI, "abc", "ABD", kLower}, {&kTextI, "Zeta", "alpha", kGreater},
-        {&kTextI, "\xC4", "\xE4", kLower},  // only ASCII letters are folded
-        {&kTextI, nullptr, "x", kLower}, {&kTextN, "abcdef", "abc", kEqual}, {&kTextN, "abx", "abc", kGreater},
-        {&kTextN, "ab", "abc", kLower}, {&kTextN, "anything", "", kEqual}, {&kTextN, nullptr, "", kEqual},
-        {&kTextN, "ABCdef", "abc", kLower}, {&kTextNi, "ABCdef", "abc", kEqual}, {&kTextNi, "ABD", "abc", kGreater},
-        {&kTextNi, "a", "AB", kLower}, {&kTextNi, "xyz", "", kEqual}, {&kNumeric, "10", "9", kGreater},
-        {&kNumeric, "  42\t", "42.0", kEqual}, {&kNumeric, "-1.5", "1e0", kLower}, {&kNumeric, "+7", "7", kEqual},
-        {&kNumeric, ".5", "0.5", kEqual},
-        {&kNumeric, "9007199254740993", "9007199254740992", kGreater},  // integers stay exact
-        {&kNumeric, "abc", "abc", kUnordered}, {&kNumeric, "", "0", kUnordered}, {&kNumeric, "12abc", "12", kUnordered},
-        {&kNumeric, nullptr, "0", kUnordered}, {&kNumeric, "1e400", "1", kUnordered},
-        {&kNumeric, "0x10", "16", kUnordered}, {&kNumeric, "inf", "1", kUnordered},
-    };
-    for (const Case &c : cases)
+    for (const kx::test::DataRow &c : kx::test::DataTable("parser_comparisons.txt")) {
+        const Kind *kind = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const Kind &k) { return *c[0] == k.name; });
+        ASSERT_NE(kind, std::end(kKinds)) << *c[0];
         for (int op = 0; op < 6; ++op)
-            EXPECT_EQ(c.kind->functions[op](c.left, c.right), c.expected[op] - '0')
-                << c.kind->name << " op " << op << ": '" << (c.left ? c.left : "<null>") << "' vs '" << c.right << "'";
+            EXPECT_EQ(kind->functions[op](c[1] ? c[1]->c_str() : nullptr, c[2]->c_str()), (*c[3])[size_t(op)] - '0')
+                << kind->name << " op " << op << ": '" << c[1].value_or("<null>") << "' vs '" << *c[2] << "'";
+    }
 }
 
 TEST(KXUtils, FilesAndSizes) {
