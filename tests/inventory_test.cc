@@ -19,10 +19,6 @@
 #include "support/snmp_agent.h"
 #include "support/web_server.h"
 
-// net-snmp loses its table of textual conventions when the MIB directory
-// changes; that is its allocation, not ours.
-extern "C" const char *__lsan_default_suppressions() { return "leak:netsnmp_init_mib_internals\n"; }
-
 namespace {
 
 using kx::test::HeapText;

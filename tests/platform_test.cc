@@ -24,10 +24,6 @@
 #include "companion/libparser.h"
 #include "support/kx_test.h"
 
-// net-snmp loses its table of textual conventions when it drops the MIBs of
-// one directory for another; that is its allocation, not ours.
-extern "C" const char *__lsan_default_suppressions() { return "leak:netsnmp_init_mib_internals\n"; }
-
 namespace {
 
 using kx::test::HeapText;
