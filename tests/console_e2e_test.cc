@@ -85,47 +85,8 @@ TEST_F(Console, PostedSettingPersistsInTheDefinition) {
 // definition, no file is written in the site outside the user directory
 // (operator and user id names that would leave it are refused), and the
 // console keeps serving.
+// tests/data/console_requests.txt: what, method, request, cookie, status, shown, absent.
 TEST_F(Console, RequestsLeaveTheDefinitionAndThePagesWhole) {
-    struct Case {
-        const char *what;
-        std::string form;     // posted; empty: a GET of query
-        std::string query;
-        bool session;         // with the session's cookie
-        int status;
-        std::string shown;    // text the page holds
-        std::string absent;   // text it must not hold
-    };
-    const std::string injected = std::string(4084, 'A') + "Ersetzungsanfang|n|[";
-    const Case cases[] = {
-        {"request values", "", "ShowGroups=0&Operator=ann+b%26c", false, 200, "Groups are hidden.", ""},
-        {"request values escaped", "", "Operator=ann+b%26c", false, 200, "Signed in as ann b&amp;c", ""},
-        {"line injection", Save("SetIniValue=RefreshSeconds&RefreshSeconds=" + injected), "", true, 200,
-         "RefreshSeconds was not saved (the value is too long)", "AAAA&lt;"},
-        {"10 MB value", Save("SetIniValue=RefreshSeconds&RefreshSeconds=" + std::string(10 << 20, '7')), "", true,
-         200, "RefreshSeconds was not saved (the value is too long)", ""},
-        {"stored script", Save("SetIniValue=ConsoleName&ConsoleName=%3Cscript%3Ex%3C/script%3E"), "", true, 200,
-         "ConsoleName was not saved (the entry may not be written)", "<script>x"},
-        {"other page saved", Save("SetIniValue=Page&Page=missing.htm"), "", true, 200,
-         "pages/missing.htm konnte nicht geoeffnet werden", ""},
-        {"cross-site save", "Application=console&SetIniValue=RefreshSeconds&RefreshSeconds=1", "", false, 403,
-         "form has expired", ""},
-        {"token without its cookie", Save("SetIniValue=RefreshSeconds&RefreshSeconds=1"), "", false, 403, "", ""},
-        {"save by GET", "", "SetIniValue=RefreshSeconds&RefreshSeconds=1", false, 403, "", ""},
-        {"reflected operator", "", "Operator=%3Cscript%3Ealert(1)%3C/script%3E", false, 200,
-         "Signed in as &lt;script&gt;alert(1)&lt;/script&gt;", "<script>alert"},
-        {"refresh attribute", "", "RefreshSeconds=0;url=x%22%3E", false, 200, "content=\"0;url=x&quot;&gt;\"",
-         "url=x\">"},
-        {"reflected page name", "", "Page=%3Cscript%3E.htm", false, 200,
-         "pages/&lt;script&gt;.htm konnte nicht geoeffnet werden", "<script>"},
-        {"token from the request", "", "FormToken=%22%3E%3Cscript%3E", true, 200,
-         std::string("value=\"") + kToken + "\"", "<script>"},
-    };
-    std::vector<Case> all(std::begin(cases), std::end(cases));
-    for (const char *attack : {"Operator=..%2F..%2F..%2Fwww%2Fconsole.ini", "Operator=%252e%252e",
-                               "Operator=%2Ftmp%2Fkx-profile-escape", "UserID=..%2F..&Operator=x",
-                               "UserID=1%2F..%2F..%2F..&Operator=console.ini", "Operator=..%5C..%5Cx",
-                               "Operator=a%00%2F..%2F..%2Fb"})
-        all.push_back({attack, Save(std::string("SaveSettings=1&RefreshSeconds=1&") + attack), "", true, 200, "", ""});
     namespace fs = std::filesystem;
     const auto files = [site = fs::path(server_->www()).parent_path()] {
         std::set<std::string> found;  // lock files come and go
@@ -138,15 +99,14 @@ TEST_F(Console, RequestsLeaveTheDefinitionAndThePagesWhole) {
     server_->Get("/console.cgi?Application=console");
     const std::set<std::string> kept = files();
     const std::string before = Definition();
-    for (const Case &c : all) {
-        const std::string headers = c.session ? Session() : "";
-        const HttpReply reply = c.form.empty()
-                                    ? server_->Get("/console.cgi?Application=console&" + c.query, headers)
-                                    : server_->Post("/console.cgi", c.form, headers);
-        EXPECT_EQ(reply.status, c.status) << c.what;
-        EXPECT_TRUE(Contains(reply, c.shown)) << c.what << "\n" << reply.body.substr(0, 300);
-        if (!c.absent.empty()) EXPECT_FALSE(Contains(reply, c.absent)) << c.what;
-        EXPECT_EQ(Definition(), before) << c.what;
+    for (const kx::test::DataRow &c : kx::test::DataTable("console_requests.txt")) {
+        const std::string headers = *c[3] == "session" ? Session() : "";
+        const HttpReply reply = *c[1] == "GET" ? server_->Get("/console.cgi?Application=console&" + *c[2], headers)
+                                               : server_->Post("/console.cgi", *c[2], headers);
+        EXPECT_EQ(reply.status, std::stoi(*c[4])) << *c[0];
+        EXPECT_TRUE(Contains(reply, *c[5])) << *c[0] << "\n" << reply.body.substr(0, 300);
+        if (!c[6]->empty()) EXPECT_FALSE(Contains(reply, *c[6])) << *c[0];
+        EXPECT_EQ(Definition(), before) << *c[0];
     }
     EXPECT_EQ(files(), kept);
     EXPECT_FALSE(fs::exists("/tmp/kx-profile-escape"));
