@@ -132,28 +132,6 @@ TEST(TextHelpers, SplitCountsElementsAndLengths) {
     EXPECT_EQ(lengths, nullptr);
 }
 
-TEST(TextHelpers, IndexedValueByPositionOrKeyword) {
-    struct Case { const char *text, *key, *separator, *value; };
-    const Case cases[] = {
-        {"a|b|c", "1", "|", "b"}, {"a|b|c", "0", "|", "a"}, {"a|b|c", "3", "|", nullptr}, {"a::b::c", "2", "::", "c"},
-        {"a|b", "1", nullptr, nullptr}, {"a|b", "99999999999999999999", "|", nullptr}, {"a1|b", "1a", "|", nullptr},
-        {"Size:  42 kB\nx", "Size:", nullptr, "42 kB"}, {"Name:\tvalue \r\nrest", "Name:", nullptr, "value "},
-        {"Key:", "Key:", nullptr, ""}, {"x", "Missing", nullptr, nullptr},
-    };
-    for (const Case &c : cases)
-        EXPECT_EQ(HeapText(GetIndexedValue(c.text, c.key, c.separator)).str(), c.value ? c.value : "<null>")
-            << c.text << " / " << c.key;
-    EXPECT_EQ(GetIndexedValue(nullptr, "1", "|"), nullptr);
-}
-
-TEST(TextHelpers, ReplaceEveryOccurrenceWithoutOverlap) {
-    struct Case { const char *text, *old, *replacement, *result; };
-    const Case cases[] = {{"x.y.z", ".", "::", "x::y::z"}, {"aaa", "aa", "b", "ba"}, {"abc", "x", "y", "abc"},
-                          {"abab", "ab", "", ""}, {"ab", "b", "bb", "abb"}, {"", "a", "b", ""}, {"abc", "", "x", "abc"}};
-    for (const Case &c : cases) EXPECT_EQ(HeapText(StringReplace(c.text, c.old, c.replacement)).str(), c.result) << c.text;
-    EXPECT_EQ(HeapText(StringNReplace("a.b", 5, ".", 1, "-!")).str(), "a-") << "never steps past the end";
-}
-
 TEST(TextHelpers, ChangeSubText) {
     const char *text = "plain";
     int length = -7;
@@ -169,19 +147,6 @@ TEST(TextHelpers, ChangeSubText) {
     EXPECT_EQ(length, 20000 * 6);
     const std::string replacement(5000, 'q');
     EXPECT_EQ(HeapText(ChangeSubText("a\"b", "\"", 1, replacement.c_str(), &length)).str(), "a" + replacement + "b");
-}
-
-TEST(TextHelpers, PairItBalancesMarkersAndSkipsJavascriptTargets) {
-    struct Case { const char *text, *open, *close; long offset; };  // -1: the text itself
-    const Case cases[] = {
-        {"{a{b}c}d", "{", "}", 6}, {"{a}", "{", "}", 2}, {"{a", "{", "}", -1}, {"{a{b}", "{", "}", -1},
-        {"plain", "{", "}", -1}, {"{href=javascript}x}", "{", "}", 18}, {"{JavaScript}", "{", "}", -1},
-        {"{javascript}", "{", "}", -1}, {"<!a<!b!>c!>d", "<!", "!>", 9}, {"{}", "{", "}", 1},
-    };
-    for (const Case &c : cases) {
-        const char *closing = PairIt(c.text, c.open, c.close);
-        EXPECT_EQ(closing == c.text ? -1 : closing - c.text, c.offset) << c.text;
-    }
 }
 
 TEST(RequestText, KeyValuePointsIntoTheQuery) {
@@ -202,28 +167,6 @@ TEST(RequestText, KeyValuePointsIntoTheQuery) {
     }
 }
 
-TEST(RequestText, ElementRanges) {
-    struct Case { const char *text, *separator; int first, number; const char *expected; };  // null: unchanged
-    const Case cases[] = {
-        {"a\nb\nc\nd", "\n", 2, 2, "b\nc"}, {"a\nb\nc\nd", "\n", 3, 0, "c\nd"}, {"a\nb\nc\nd", "\n", 1, 1, "a"},
-        {"a\nb\nc\nd", "\n", 4, 5, "d"}, {"a\nb\nc\nd", "\n", 4, -1, "d"}, {"a\nb\nc\nd", "\n", 5, 1, nullptr},
-        {"a\nb\nc\nd", "\n", 1, 0, nullptr}, {"a\nb\nc\nd", "\n", -3, -3, nullptr}, {"a\nb\nc\nd", "\n", 0, 2, "a\nb"},
-        {"a,,b", ",", 2, 1, ""}, {"a,b,", ",", 3, 1, ""}, {"a::b::c", "::", 2, 1, "b:"}, {"a::b::c", "::", 2, 0, "b::c"},
-        {"abc", "", 2, 1, nullptr},
-    };
-    for (const Case &c : cases) {
-        char *text = strdup(c.text);
-        char *result = UtilsCreateOuput(text, c.separator, c.first, c.number);
-        EXPECT_EQ(result == text, c.expected == nullptr) << c.text << " " << c.first << "," << c.number
-                                                         << ": a new text, the old one freed, or the text itself";
-        EXPECT_STREQ(result, c.expected ? c.expected : c.text) << c.first << "," << c.number;
-        free(result);
-    }
-    EXPECT_EQ(UtilsCreateOuput(nullptr, ",", 2, 1), nullptr);
-    char text[] = "a,b";
-    EXPECT_EQ(UtilsCreateOuput(text, nullptr, 2, 1), text);
-}
-
 TEST(RequestText, BaseNames) {
     struct Case { const char *path; std::size_t offset; };
     for (const Case &c : {Case{"a/b\\c.html", 4}, {"a\\b/c.html", 4}, {"c.html", 0}, {"/", 1}, {"", 0}, {"dir/", 4},
@@ -234,45 +177,51 @@ TEST(RequestText, BaseNames) {
     EXPECT_EQ(KXUtilsBasename(nullptr, 0), nullptr);
 }
 
-TEST(ApplicationName, OnlyPlainNamesPass) {
-    const std::string longest(KX_APPLICATION_NAME_MAX, 'a');
-    const struct { std::string name; int accepted; } cases[] = {
-        {"console", 1}, {"Traps2", 1}, {"my-app_1.v2", 1}, {"9", 1}, {longest, 1}, {longest + "a", 0},
-        {"", 0}, {"~xxxx", 0}, {"|", 0}, {"%2e%2e", 0}, {"../etc/passwd", 0}, {"a/b", 0}, {"a\\b", 0},
-        {".hidden", 0}, {"-x", 0}, {"a b", 0}, {"\xA7x", 0}, {"caf\xC3\xA9", 0},
-    };
-    for (const auto &c : cases) EXPECT_EQ(KXIsApplicationName(c.name.c_str()), c.accepted) << c.name;
-    EXPECT_EQ(KXIsApplicationName(nullptr), 0);
+// One call of a text function of tests/data/text_functions.txt; "<null>" for
+// no text (from UtilsCreateOuput: the text itself came back).
+std::string Call(const kx::test::DataRow &r) {
+    const auto text = [&](size_t i) { return r[i] ? r[i]->c_str() : nullptr; };
+    const auto number = [&](size_t i) { return std::stoi(*r[i]); };
+    const std::string &function = *r[0];
+    if (function == "indexed") return HeapText(GetIndexedValue(text(1), text(2), text(3))).str();
+    if (function == "replace") return HeapText(StringReplace(text(1), text(2), text(3))).str();
+    if (function == "decode") return HeapText(ServerDecoding(text(1))).str();
+    if (function == "application") return std::to_string(KXIsApplicationName(text(1)));
+    if (function == "pairit") {
+        const char *closing = PairIt(text(1), text(2), text(3));
+        return std::to_string(closing == text(1) ? -1 : closing - text(1));
+    }
+    if (function == "encode") {
+        int length = -1;
+        const std::string encoded = HeapText(ServerEncoding(text(1), &length, number(2), number(3))).str();
+        EXPECT_EQ(length, static_cast<int>(encoded.size())) << encoded;
+        return encoded;
+    }
+    EXPECT_EQ(function, "ranges");
+    char *copy = strdup(text(1));  // a new text, the old one freed, or the text itself
+    char *result = UtilsCreateOuput(copy, text(2), number(3), number(4));
+    const std::string shown = result == copy ? "<null>" : result;
+    free(result);
+    return shown;
 }
 
-TEST(UrlCodec, DecodesEscapesAndKeepsBadOnes) {
-    struct Case { const char *in, *out; };
-    const Case cases[] = {
-        {"a+b%2Fc", "a b/c"}, {"%41%42", "AB"}, {"%e4%C4", "\xE4\xC4"}, {"100%", "100%"}, {"%G1", "%G1"}, {"%4", "%4"},
-        {"%", "%"}, {"%%41", "%A"}, {"%1G%", "%1G%"}, {"%u", "%u"}, {"%u30", "%u30"}, {"%u304", "%u304"}, {"", ""},
-    };
-    for (const Case &c : cases) EXPECT_EQ(HeapText(ServerDecoding(c.in)).str(), c.out) << c.in;
+TEST(TextFunctions, OneCallPerLine) {
+    for (const kx::test::DataRow &row : kx::test::DataTable("text_functions.txt")) {
+        std::string call;
+        for (const auto &field : row) call += field.value_or("<null>") + " ";
+        EXPECT_EQ(Call(row), row.back().value_or("<null>")) << call;
+    }
+    EXPECT_EQ(GetIndexedValue(nullptr, "1", "|"), nullptr);
+    EXPECT_EQ(HeapText(StringNReplace("a.b", 5, ".", 1, "-!")).str(), "a-") << "never steps past the end";
+    EXPECT_EQ(UtilsCreateOuput(nullptr, ",", 2, 1), nullptr);
+    char text[] = "a,b";
+    EXPECT_EQ(UtilsCreateOuput(text, nullptr, 2, 1), text);
     EXPECT_EQ(HeapText(ServerDecoding(nullptr)).str(), "") << "an empty heap text, not null";
     HeapText nul(ServerDecoding("a%00b"));
     EXPECT_EQ(std::string(nul.Get(), 3), std::string("a\0b", 3)) << "%00 is decoded like any byte";
     for (const auto &[hex, byte] : {std::pair{"41", 0x41}, {"fF", 0xFF}, {"aB", 0xAB}})
         EXPECT_EQ(static_cast<unsigned char>(x2c(hex)), byte) << hex;
     for (const auto &[digit, value] : {std::pair{'c', 12}, {'C', 12}, {'7', 7}, {'x', 'x'}}) EXPECT_EQ(atox(digit), value);
-}
-
-TEST(UrlCodec, EncodesTheFixedSetAndDecodingUndoesIt) {
-    struct Case { const char *in; int blank, doubled; const char *out; };
-    const Case cases[] = {
-        {"a b&c", 0, 0, "a+b%26c"}, {"a b&c", 1, 0, "a%20b%26c"}, {"a b&c", 0, 1, "a+b%%26c"},
-        {"a b&c", 1, 1, "a%%20b%%26c"}, {"a b&c", 0, 2, "a+b%26c"}, {nullptr, 0, 0, ""},
-        {" \"/:+&=%~#'`>|", 1, 0, "%20%22%2F%3A%2B%26%3D%25%7E%23%27%60%3E%7C"},
-        {"azAZ09.-_?<;!*()[]{}\\@$^,\x80\xFF", 0, 0, "azAZ09.-_?<;!*()[]{}\\@$^,\x80\xFF"},
-    };
-    for (const Case &c : cases) {
-        int length = -1;
-        EXPECT_EQ(HeapText(ServerEncoding(c.in, &length, c.blank, c.doubled)).str(), c.out) << c.in << c.blank << c.doubled;
-        EXPECT_EQ(length, static_cast<int>(std::strlen(c.out)));
-    }
     std::string all;
     for (int b = 1; b < 256; ++b) all += static_cast<char>(b);
     for (int blank = 0; blank < 2; ++blank)
