@@ -197,57 +197,37 @@ protected:
     DBAsciiAccessDatabase *db_ = nullptr;
 };
 
-TEST_F(Database, EntriesByCondition) {
-    struct Case { const char *table, *condition; int result; std::vector<std::string> entries; };
-    const std::vector<Case> cases = {
-        {"SETTINGS", "Value?Name=TrapMaxAge", 1, {"30"}},  // the first table of a name counts
-        {"SETTINGS", "Value ? Name = TrapMaxNumber", 1, {"1000"}},
-        {"SERVER_LIST", "ServerName?Type=Blade", 1, {"chassis1\\blade3"}},
-        {"SERVER_LIST", "ServerName?Type!=Blade&RsbIpAddress=0.0.0.0", 1, {"srv01"}},
-        {"SERVER_LIST", "Community?ServerName=rack7", 1, {"pipe|name"}},
-        {"SERVER_LIST", "Community?Community=", 1, {""}},  // a missing field is empty
-        {"SERVER_LIST", "ServerName", 3, {"srv01", "chassis1\\blade3", "rack7"}},
-        {"SETTINGS", "Value?Name=Nothing", 0, {}},
-        {"SETTINGS", "Missing?Name=TrapMaxAge", DBASCII_BAD_CONDITION, {}},
-        {"SETTINGS", "Value?Name", DBASCII_BAD_CONDITION, {}},
-        {"SETTINGS", "Value?Other=1", DBASCII_BAD_CONDITION, {}},
-        {"SETTINGS", "Value?Name=%G", DBASCII_BAD_CONDITION, {}},
-        {"EMPTY", "Value", DBASCII_BAD_CONDITION, {}},
-        {"NOWHERE", "Value", DBASCII_BAD_ARGUMENT, {}},
-        {"SETTINGS", nullptr, DBASCII_BAD_ARGUMENT, {}},
-    };
-    for (const Case &c : cases) {
-        char **entries = reinterpret_cast<char **>(&entries);
-        const int n = DBAsciiAccessGetAllEntries(db_, c.table, c.condition, &entries, 0, 0);
-        EXPECT_EQ(n, c.result) << c.condition;
-        EXPECT_EQ(std::vector<std::string>(entries, entries + std::max(n, 0)), c.entries) << c.condition;
-        EXPECT_EQ(entries == nullptr, n < 1) << c.condition;
-        DBAsciiAccessFree(entries);
+// The fields of a row from the given one on.
+std::vector<std::string> Tail(const kx::test::DataRow &row, size_t from) {
+    std::vector<std::string> texts;
+    for (size_t i = from; i < row.size(); ++i) texts.push_back(*row[i]);
+    return texts;
+}
+
+// tests/data/database_reads.txt: entries and rows by condition; columns and schemes.
+TEST_F(Database, ReadsColumnsAndSchemes) {
+    for (const kx::test::DataRow &c : kx::test::DataTable("database_reads.txt")) {
+        const char *table = c[1]->c_str(), *condition = c[2] ? c[2]->c_str() : nullptr;
+        if (*c[0] == "entries") {
+            char **entries = reinterpret_cast<char **>(&entries);
+            const int n = DBAsciiAccessGetAllEntries(db_, table, condition, &entries, 0, 0);
+            EXPECT_EQ(n, std::stoi(*c[3])) << c[2].value_or("<null>");
+            EXPECT_EQ(std::vector<std::string>(entries, entries + std::max(n, 0)), Tail(c, 4)) << *c[1];
+            EXPECT_EQ(entries == nullptr, n < 1) << c[2].value_or("<null>");
+            DBAsciiAccessFree(entries);
+            continue;
+        }
+        DBAsciiAccessRow *rows = nullptr;
+        const int n = DBAsciiAccessGetAllEntriesByCondition(db_, table, condition, &rows, 0, c[3]->c_str(), std::stoi(*c[5]),
+                                                            std::stoi(*c[4]), DBASCII_ORDER_AS_STORED, 0, 0);
+        EXPECT_EQ(n, std::stoi(*c[6])) << *c[3];
+        const std::vector<std::string> first = Tail(c, 7);
+        if (n > 0) EXPECT_EQ(std::vector<std::string>(rows[0], rows[0] + first.size()), first) << *c[3];
+        DBAsciiAccessFree(rows);
     }
     char **entries = nullptr;
     EXPECT_EQ(DBAsciiAccessGetAllEntries(db_, "SERVER_LIST", "ServerName", &entries, 2, 0), 2);
     DBAsciiAccessFree(entries);
-}
-
-TEST_F(Database, RowsColumnsAndSchemes) {
-    struct Case { const char *table, *column, *value; int mode, comparison, result; std::vector<std::string> firstRow; };
-    const std::vector<Case> cases = {
-        {"SERVER_LIST", "NetAddress", "10.0.0.5", 0, 114, 1, {"chassis1\\blade3", "10.0.0.5", "Blade", "", "0.0.0.0", ""}},
-        {"SERVER_LIST", "ServerName", "SRV01", 1, 114, 1, {"srv01", "10.0.0.1", "Server", "sys01", "0.0.0.0", "public"}},
-        {"SERVER_LIST", "ServerName", "SRV01", 0, 114, 0, {}},
-        {"SERVER_LIST", "RsbIpAddress", "0.0.0.0", 0, 114, 2, {"srv01", "10.0.0.1", "Server", "sys01", "0.0.0.0", "public"}},
-        {"SERVER_LIST", "NetAddress", "10.0.0.5", 0, 99, DBASCII_BAD_CONDITION, {}},
-        {"NO_TYPE", "Type", "Blade", 0, 114, DBASCII_BAD_ARGUMENT, {}},
-        {"NOWHERE", "Type", "Blade", 0, 114, DBASCII_BAD_ARGUMENT, {}},
-    };
-    for (const Case &c : cases) {
-        DBAsciiAccessRow *rows = nullptr;
-        const int n = DBAsciiAccessGetAllEntriesByCondition(db_, c.table, c.column, &rows, 0, c.value, c.comparison,
-                                                            c.mode, DBASCII_ORDER_AS_STORED, 0, 0);
-        EXPECT_EQ(n, c.result) << c.value;
-        if (n > 0) EXPECT_EQ(std::vector<std::string>(rows[0], rows[0] + c.firstRow.size()), c.firstRow) << c.value;
-        DBAsciiAccessFree(rows);
-    }
     for (const auto &[table, column, index] : std::vector<std::tuple<const char *, const char *, int>>{
              {"SERVER_LIST", "Type", 2}, {"SERVER_LIST", "Community", 5}, {"NO_TYPE", "Type", DBASCII_BAD_ARGUMENT},
              {"NOWHERE", "Type", DBASCII_BAD_ARGUMENT}})
@@ -300,31 +280,14 @@ KXSnmpVar Var(const char *oid, const char *type, const char *value) {
     return {const_cast<char *>(oid), const_cast<char *>(type), const_cast<char *>(value)};
 }
 
+// tests/data/trap_file_texts.txt: text, count, records.
 TEST(TrapFileText, WholeBrokenAndBinaryFiles) {
-    struct Case { std::string text; int result; std::vector<std::string> lines; };
-    const std::string mac("|OCTETSTRING|\x00\x19\x99\x0A\x0B\x0C", 19);
-    const std::vector<Case> cases = {
-        {kHead + "\t\t\n1.3.6.1.4.1.99999\tIPADDRESS\t10.0.0.1\n1.3.6.1.4.1.99999.5\tOCTETSTRING\t%00%19%99%0a%0B%0C\nEND\n",
-         3, {"||", "1.3.6.1.4.1.99999|IPADDRESS|10.0.0.1", "1.3.6.1.4.1.99999.5" + mac}},
-        {"KXSNMPTRAP 1\r\n# a note\r\n\r\n1.3\tINTEGER\t%25 and %7C\r\nEND\r\n", 1, {"1.3|INTEGER|% and |"}},
-        {kHead + "END\n", KX_SNMPFILE_EMPTY, {}},
-        {"", KX_SNMPFILE_NOT_A_TRAP, {}},
-        {kHead, KX_SNMPFILE_NOT_A_TRAP, {}},                                 // cut before its end line
-        {kHead + "1.3\tINTEGER\t5\nEN", KX_SNMPFILE_NOT_A_TRAP, {}},
-        {kHead + "1.3\tINTEGER\t5", KX_SNMPFILE_NOT_A_TRAP, {}},
-        {kHead + "1.3\tINTEGER\n" + "END\n", KX_SNMPFILE_NOT_A_TRAP, {}},   // two fields
-        {kHead + "1.3\tINTEGER\t5\t6\nEND\n", KX_SNMPFILE_NOT_A_TRAP, {}},  // four fields
-        {kHead + "1.3\tINTEGER\t%G1\nEND\n", KX_SNMPFILE_NOT_A_TRAP, {}},
-        {kHead + "1.3\tINTEGER\t%4\nEND\n", KX_SNMPFILE_NOT_A_TRAP, {}},
-        {kHead + "END\nmore\n", KX_SNMPFILE_NOT_A_TRAP, {}},
-        {std::string("\x7f" "ELF\x02\x01\x00\x00\n\t\t\nEND\n", 16), KX_SNMPFILE_NOT_A_TRAP, {}},
-    };
-    for (const Case &c : cases) {
+    for (const kx::test::DataRow &c : kx::test::DataTable("trap_file_texts.txt")) {
         KXSnmpVar *records = reinterpret_cast<KXSnmpVar *>(&records);
-        const int n = KXSnmpFileReadText(c.text.data(), c.text.size(), &records);
-        EXPECT_EQ(n, c.result) << c.text;
-        EXPECT_EQ(Lines(records, n), c.lines) << c.text;
-        EXPECT_EQ(records == nullptr, n < 1) << c.text;
+        const int n = KXSnmpFileReadText(c[0]->data(), c[0]->size(), &records);
+        EXPECT_EQ(n, std::stoi(*c[1])) << *c[0];
+        EXPECT_EQ(Lines(records, n), Tail(c, 2)) << *c[0];
+        EXPECT_EQ(records == nullptr, n < 1) << *c[0];
         EXPECT_EQ(KXSnmpFileValueLength(records, n), 0u);
         KXSnmpFileFreeResources(records);
     }
@@ -512,39 +475,16 @@ TEST_F(MibDirectory, TrapDescriptionsFromTheFile) {
         EXPECT_EQ(GetTrapPointer(m.file, m.oid, m.specific, m.generic) != nullptr, m.found) << m.specific;
 }
 
+// tests/data/mib_texts.txt: text, traps found, enterprise OID, trap 5 found.
 TEST(TrapMibText, BrokenAndOddTexts) {
-    struct Case {
-        std::string text;
-        int traps;
-        const char *oid, *specific, *name;  // a look-up and the trap it finds (NULL: none)
-    };
-    const std::string tail = " ::= 5\n";
-    const std::vector<Case> cases = {
-        {"t TRAP-TYPE ENTERPRISE enterprises DESCRIPTION \"cut", 0, "1.3.6.1.4.1", "5", nullptr},
-        {"t TRAP-TYPE ENTERPRISE enterprises VARIABLES { a, b ::= 4\n"
-         "u TRAP-TYPE ENTERPRISE enterprises" + tail, 1, "1.3.6.1.4.1", "5", "u"},
-        {"t TRAP-TYPE ENTERPRISE nowhere" + tail, 1, "1.3.6.1.4.1", "5", nullptr},
-        {"a OBJECT IDENTIFIER ::= { b 1 }\nb OBJECT IDENTIFIER ::= { a 1 }\n"
-         "t TRAP-TYPE ENTERPRISE a" + tail, 1, "1.3.6.1.4.1", "5", nullptr},
-        {"t TRAP-TYPE ENTERPRISE { iso(1) org(3) dod(6) internet(1) private(4) enterprises(1) 7 }" + tail, 1,
-         "1.3.6.1.4.1.7", "5", "t"},
-        {"TRAP-TYPE MACRO ::= BEGIN TYPE NOTATION ::= \"ENTERPRISE\" value ::= 5 END\n"
-         "t TRAP-TYPE ENTERPRISE mib-2" + tail, 1, "1.3.6.1.2.1", "5", "t"},
-        {"t TRAP-TYPE ENTERPRISE snmpV2 --#ARGUMENTS { 0, 1, 12 }\n" + tail, 1, "1.3.6.1.6", "5", "t"},
-        {"t TRAP-TYPE ENTERPRISE enterprises\n" + tail + "t TRAP-TYPE ENTERPRISE private" + tail, 2,
-         "1.3.6.1.4", "5", "t"},
-        {std::string("t\0u TRAP-TYPE ENTERPRISE enterprises", 36) + tail, 1, "1.3.6.1.4.1", "5", "t"},  // fuzz find
-        {"t TRAP-TYPE ENTERPRISE enterprises ::= }", 0, "1.3.6.1.4.1", "5", nullptr},
-        {"\xff\xfe{{{{ \"\" -- --# ::= ::=", 0, "1.3.6.1.4.1", "5", nullptr},
-        {"", 0, "1.3.6.1.4.1", "5", nullptr},
-    };
-    for (const Case &c : cases) {
-        EXPECT_EQ(KXSetTrapMibText("mem.mib", c.text.data(), c.text.size()), c.traps) << c.text;
-        const KXTrapDescription *d = GetTrapPointer("mem.mib", c.oid, c.specific, "6");
-        EXPECT_EQ(d != nullptr ? Text(d->Name, d->NameLength) : "<null>", c.name ? c.name : "<null>") << c.text;
+    const std::vector<kx::test::DataRow> cases = kx::test::DataTable("mib_texts.txt");
+    for (const kx::test::DataRow &c : cases) {
+        EXPECT_EQ(KXSetTrapMibText("mem.mib", c[0]->data(), c[0]->size()), std::stoi(*c[1])) << *c[0];
+        const KXTrapDescription *d = GetTrapPointer("mem.mib", c[2]->c_str(), "5", "6");
+        EXPECT_EQ(d != nullptr ? Text(d->Name, d->NameLength) : "<null>", c[3].value_or("<null>")) << *c[0];
     }
     EXPECT_EQ(GetTrapPointer("mem.mib", "1.3.6.1.4.1", "5", "6"), nullptr);
-    KXSetTrapMibText("mem.mib", cases[6].text.data(), cases[6].text.size());
+    KXSetTrapMibText("mem.mib", cases[6][0]->data(), cases[6][0]->size());
     const KXTrapDescription *d = GetTrapPointer("mem.mib", "1.3.6.1.6", "5", "6");
     ASSERT_NE(d, nullptr);
     EXPECT_EQ(Text(d->Arguments, d->ArgumentCount), "01<");
