@@ -36,34 +36,21 @@ void Declare(InputList &l) {
     for (const auto &[name, kind] : entries) l.Add(name, kind);
 }
 
-struct Case { Texts elements; const char *entry, *values, *pressed; };
 
-const Case kCases[] = {
-    {{"Name=a%20b"}, "Name", "[a b]", nullptr}, {{"Name=a+b%2Fc"}, "Name", "[a b/c]", nullptr},
-    {{"Save=Speichern"}, "Save", "[on]", "Save"}, {{"SaveAll=x"}, "Save", "[on]", "Save"},
-    {{"Save=1", "Open=2"}, "Open", "[on]", "Open"}, {{"L=a~b~c"}, "L", "[a][b][c]", nullptr},
-    {{"L=a%7E~b"}, "L", "[a~][b]", nullptr}, {{"L="}, "L", "[]", nullptr}, {{"L=a~b", "L2=d"}, "L", "[a][b][d]", nullptr},
-    {{"Name=a", "Name3=x~y"}, "Name", "[a][x~y]", nullptr}, {{"M=x", "M=y"}, "M", "[x][y]", nullptr},
-    {{"C=x", "C=%41"}, "C", "[x][A]", nullptr}, {{"LInternalcount=3"}, "L", "", nullptr},
-    {{"LInternalcount=3"}, "LInternalcount", "[3]", nullptr}, {{"a^i^g^b=1"}, "a=b", "[1]", nullptr},
-    {{"Name=x%00y"}, "Name", "[x]", nullptr}, {{"Name=%ZZ%"}, "Name", "[%ZZ%]", nullptr},
-    {{"Name=%FF%01%7F\xFE\t"}, "Name", "[\xFF\x01\x7F\xFE\t]", nullptr}, {{"L=%00~~%7E%00x"}, "L", "[][][~]", nullptr},
-    {{"Name"}, "Name", "[]", nullptr}, {{"Namex=1"}, "Name", "", nullptr}, {{"Nobody=1", "Delete=1"}, "Name", "", nullptr},
-    {{"Name=1", "Name=2"}, "Name", "[2]", nullptr},
-};
-
+// tests/data/assignments.txt: entry, values, pressed, request elements.
 TEST(Assignment, RequestValuesIntoEntries) {
-    for (const Case &c : kCases) {
-        SCOPED_TRACE(c.elements.front() + " -> " + c.entry);
+    for (const kx::test::DataRow &c : kx::test::DataTable("assignments.txt")) {
+        SCOPED_TRACE(*c[3] + " -> " + *c[0]);
         InputList l;
         Declare(l);
         const int count = l.count();
-        const char *pressed = Assign(l, c.elements);
-        EXPECT_EQ(l.ValuesOf(c.entry), c.values);
+        Texts elements;
+        for (size_t i = 3; i < c.size(); ++i) elements.push_back(*c[i]);
+        const char *pressed = Assign(l, elements);
+        EXPECT_EQ(l.ValuesOf(c[0]->c_str()), *c[1]);
         EXPECT_EQ(l.count(), count) << "no entry is added once PLSet exists";
-        EXPECT_STREQ(pressed, c.pressed);
-        if (c.pressed != nullptr)
-            EXPECT_EQ(pressed, l[EingabewertIndex(c.pressed, l.list(), l.count())].Name) << "the entry's own Name";
+        EXPECT_EQ(pressed ? std::string(pressed) : "<null>", c[2].value_or("<null>"));
+        if (c[2]) EXPECT_EQ(pressed, l[EingabewertIndex(c[2]->c_str(), l.list(), l.count())].Name) << "the entry's own Name";
     }
 }
 
