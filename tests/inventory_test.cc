@@ -4,7 +4,6 @@
 // and the inventory page behind lighttpd.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>

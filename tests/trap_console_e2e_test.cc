@@ -1,7 +1,6 @@
 // The trap console's road: snmptrapd and kxtrapreceive fill the store of a
 // console site, lighttpd serves its trap page, headless Chromium shows and
 // acknowledges it.
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>

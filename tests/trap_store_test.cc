@@ -69,30 +69,18 @@ TEST_F(TrapStore, DirectoriesFromTheFirstTwoLinesOfSnmptrapdIni) {
     std::filesystem::current_path(home);
 }
 
+// tests/data/trap_states.txt: states, the call, the states after it.
 TEST_F(TrapStore, StatesRenamedByUniqueIdentifier) {
-    const struct {
-        const char *states, *stateName, *oldValue, *newValue, *uniqueId;
-        int relist;
-        const char *expected;
-    } cases[] = {
-        {"000000011", "log", "1", "0", "1700000001", 0, "000000000"},  // log off clears alarmack
-        {"000000001", "LOG", nullptr, "1", "1700000001", 1, "000000011"},
-        {"000000000", "alarmack", nullptr, "2x", "1700000001", 1, "000000002"},
-        {"010000000", "pagerstate", nullptr, "1", "1700000001", 0, "010000000"},
-        {"000000000", "mailstate", "1", "1", "1700000001", 0, "000000000"},
-        {"000000000", "nosuchstate", nullptr, "1", "1700000001", 0, "000000000"},
-        {"000000000", "alarmack", nullptr, "", "1700000001", 0, "000000000"},  // a NUL never enters a name
-        {"000000000", "alarmack", nullptr, "_", "1700000001", 0, "000000000"},
-        {"000000000", "alarmack", nullptr, "1", "170000000", 0, "000000000"},  // no such trap
-    };
-    for (const auto &c : cases) {
+    for (const kx::test::DataRow &c : kx::test::DataTable("trap_states.txt")) {
         Reset();
         std::snprintf(TrapsDirectory, sizeof TrapsDirectory, "%s", dir.path().c_str());
         std::filesystem::remove_all(dir.path());
         std::filesystem::create_directory(dir.path());
-        Add(TrapName(1, c.states));
-        EXPECT_EQ(KXTrapRenameTrapfile(c.stateName, c.oldValue, c.newValue, c.uniqueId, c.relist), 0);
-        EXPECT_EQ(Names(), std::set<std::string>{TrapName(1, c.expected)}) << c.stateName << " " << c.newValue;
+        Add(TrapName(1, *c[0]));
+        EXPECT_EQ(KXTrapRenameTrapfile(c[1]->c_str(), c[2] ? c[2]->c_str() : nullptr, c[3]->c_str(), c[4]->c_str(),
+                                       std::stoi(*c[5])),
+                  0);
+        EXPECT_EQ(Names(), std::set<std::string>{TrapName(1, *c[6])}) << *c[1] << " " << *c[3];
     }
 }
 
