@@ -42,52 +42,33 @@ protected:
     }
 };
 
-TEST_F(Profile, ReadsIniLinesIntoEntries) {
-    struct Case { std::string file, columns; };
-    const std::vector<Case> cases = {
-        {"|\nColumns=a|b|c\n", "[a][b][c]"},
-        {"|\r\nColumns=a|b\r\nUnknown=1\nno equals sign\n", "[a][b]"},
-        {";\nColumns=x=y;|z", "[x=y][|z]"},
-        // The divider is cut to 15 bytes.
-        {"0123456789ABCDEFGHIJ\nColumns=a0123456789ABCDEFb0123456789ABCDE", "[a][Fb][]"},
-        {std::string("|\nColumns=a\0b|c\n", 16), "[a]"},
-        {"|\nColumns=" + std::string(100000, 'v') + "\n", "[" + std::string(100000, 'v') + "]"},
-    };
-    for (const Case &c : cases) {
-        Set("Columns", nullptr);
-        dir_.Write("p.ini", c.file);
-        EXPECT_EQ(ReadIniFile(in_.count(), in_.list(), "p.ini"), 0);
-        EXPECT_EQ(Values("Columns"), c.columns) << c.file.substr(0, 40);
+// tests/data/profile_files.txt: profile files read and written.
+TEST_F(Profile, ReadsWritesAndAppendsIniFiles) {
+    for (const kx::test::DataRow &c : kx::test::DataTable("profile_files.txt")) {
+        if (*c[0] == "read") {
+            Set("Columns", nullptr);
+            dir_.Write("p.ini", *c[1]);
+            EXPECT_EQ(ReadIniFile(in_.count(), in_.list(), "p.ini"), 0);
+            EXPECT_EQ(Values("Columns"), *c[2]) << c[1]->substr(0, 40);
+            EXPECT_EQ(At("Columns").WertPosition, 0);
+            continue;
+        }
+        Set("Columns", "x|y");
+        ErmittleTextElemente(At("Columns").Wert, "|", nullptr, nullptr);
+        At("Columns").WertGesetzt = 2;
+        Set("Refresh", "30");
+        std::remove("w.ini");
+        Set("ErrorText", nullptr);
+        if (c[3]) dir_.Write("w.ini", *c[3]);
+        EXPECT_EQ(Write(c[1] ? c[1]->c_str() : nullptr, c[2]->c_str(), {"Columns", "Filter", "Refresh", "Nobody"}, "w.ini"),
+                  std::stoi(*c[4]));
+        EXPECT_EQ(ReadFile("w.ini"), *c[5]) << *c[2];
+        EXPECT_EQ(Error(), *c[6]);
         EXPECT_EQ(At("Columns").WertPosition, 0);
     }
     EXPECT_EQ(ReadIniFile(in_.count(), in_.list(), "missing.ini"), -1);
     EXPECT_EQ(Error(), "Open: OpenUIDFile missing.ini fails!");
     EXPECT_EQ(ReadIniFile(in_.count(), in_.list(), nullptr), 0);  // no profile selected
-}
-
-TEST_F(Profile, WritesAndAppendsIniFiles) {
-    Set("Columns", "x|y");
-    ErmittleTextElemente(At("Columns").Wert, "|", nullptr, nullptr);
-    At("Columns").WertGesetzt = 2;
-    Set("Refresh", "30");
-    struct Case { const char *divider, *mode, *before; int result; const char *after, *error; };
-    const std::vector<Case> cases = {
-        {",", "w", nullptr, 0, ",\nColumns=x,y\nRefresh=30\n", ""},
-        {nullptr, "a", ";\nA=1\n", 0, ";\nA=1\nColumns=x;y\nRefresh=30\n", ""},
-        {"#", "A", "|\n", 0, "|\nColumns=x#y\nRefresh=30\n", ""},
-        {nullptr, "a", nullptr, -1, nullptr, "WriteIniFile: OpenUIDFile w.ini r fails!"},
-        {nullptr, "a", "", -1, "", "WriteIniFile: Unable to read Divider from w.ini"},
-        {"|", "r", "old", -1, "old", "WriteIniFile: OpenUIDFile w.ini r fails!"},
-    };
-    for (const Case &c : cases) {
-        std::remove("w.ini");
-        Set("ErrorText", nullptr);
-        if (c.before != nullptr) dir_.Write("w.ini", c.before);
-        EXPECT_EQ(Write(c.divider, c.mode, {"Columns", "Filter", "Refresh", "Nobody"}, "w.ini"), c.result);
-        EXPECT_EQ(ReadFile("w.ini"), c.after ? c.after : "") << c.mode;
-        EXPECT_EQ(Error(), c.error);
-        EXPECT_EQ(At("Columns").WertPosition, 0);
-    }
     // A handed-back stream goes on replacing the file whole until fclose.
     FILE *stream = nullptr;
     char *written = nullptr;
