@@ -181,36 +181,17 @@ TEST_F(InventoryAgent, MibValuesByNameIndexAndTimeOut) {
     }
 }
 
+// tests/data/snmp_reads.txt: OID, operation, version, result, first record.
 TEST_F(InventoryAgent, SnmpReadsOfTheAgent) {
     const std::string at = agent_->address();
-    const char *name = "1.3.6.1.4.1.99999.5.4.0";
-    struct Case {
-        const char *oid, *operation;
-        int version;
-        int result;
-        const char *first;  // type and value of the first record
-    };
-    const std::vector<Case> cases = {
-        {name, "get", 1, 1, "OCTETSTRING=rack7"},
-        {name, "get", 0, 1, "OCTETSTRING=rack7"},
-        {"1.3.6.1.4.1.99999.5.3.0", "get", 1, 1, "INTEGER=1"},
-        {"1.3.6.1.4.1.99999.5.1", "walk", 0, 7, "IPADDRESS=0.0.0.0"},
-        {"1.3.6.1.4.1.99999.5.3", "getnext", 1, 1, "INTEGER=1"},
-        {"1.3.6.1.4.1.99999.5.9.0", "get", 1, 1, "ERROR=errorStatus=noSuchInstance"},
-        {"1.3.6.1.4.1.99999.5.9.0", "get", 0, KX_SNMPFILE_SNMP_ERROR, ""},
-        {"1.3.6.1.4.1.99999.6", "walk", 1, 0, ""},
-        {"1.3.6.1.4.1.99999.5.4", "walk", 3, KX_SNMPFILE_BAD_ARGUMENT, ""},
-        {"1.3.x", "get", 1, KX_SNMPFILE_BAD_ARGUMENT, ""},
-        {name, "set", 1, KX_SNMPFILE_BAD_ARGUMENT, ""},
-    };
-    for (const Case &c : cases) {
+    for (const kx::test::DataRow &c : kx::test::DataTable("snmp_reads.txt")) {
         KXSnmpVar *records = nullptr;
-        EXPECT_EQ(KXSnmpFileGetValue(&records, at.c_str(), c.oid, c.operation, "norbel", 0, 0, c.version, 2000, 0,
-                                     KX_SNMPFILE_WALK_SUBTREE),
-                  c.result)
-            << c.oid << " " << c.operation;
+        EXPECT_EQ(KXSnmpFileGetValue(&records, at.c_str(), c[0]->c_str(), c[1]->c_str(), "norbel", 0, 0, std::stoi(*c[2]),
+                                     2000, 0, KX_SNMPFILE_WALK_SUBTREE),
+                  std::stoi(*c[3]))
+            << *c[0] << " " << *c[1];
         const std::string first = records ? std::string(records[0].Type) + "=" + records[0].Value : "";
-        EXPECT_EQ(first, c.first) << c.oid << " " << c.operation;
+        EXPECT_EQ(first, *c[4]) << *c[0] << " " << *c[1];
         KXSnmpFileFreeResources(records);
     }
 }
