@@ -448,46 +448,20 @@ protected:
     }
 };
 
-const Texts kAll = {"RootPath|n|base", "RootDirectory|n|root", "Application|n|app", "CGIPath|n|cgi"};
-const std::string kSettings("CGIPath=sc\0CGIDirectory=sd\0", 27);
-
+// tests/data/search_places.txt: files, definition lines, settings, the path found.
 TEST_F(Search, FindsTheFirstPlaceInOrder) {
-    struct Case {
-        const char *what;
-        Texts files, entries;  // files created below the current directory; definition lines
-        std::string settings;  // NUL-separated texts
-        int settingsCount;
-        const char *expected;
-    };
-    const Case cases[] = {
-        {"current directory", {"x.ini", "Korvanetix/x.ini"}, kAll, kSettings, 2, "x.ini"},
-        {"Korvanetix", {"Korvanetix/x.ini", "base/root/app/x.ini"}, kAll, kSettings, 2, "Korvanetix/x.ini"},
-        {"application directory", {"base/root/app/x.ini", "cgi/root/x.ini"}, kAll, kSettings, 2, "base/root/app/x.ini"},
-        {"no RootDirectory", {"base/app/x.ini"}, {"RootPath|n|base", "Application|n|app"}, "", 0, "base/app/x.ini"},
-        {"no RootPath, no application directory", {"root/app/x.ini"}, {"RootDirectory|n|root", "Application|n|app"}, "", 0,
-         "(none)"},
-        {"CGIPath with RootDirectory", {"cgi/root/x.ini", "sc/sd/x.ini"}, kAll, kSettings, 2, "cgi/root/x.ini"},
-        {"CGIPath alone", {"cgi/x.ini"}, {"CGIPath|n|cgi"}, "", 0, "cgi/x.ini"},
-        {"settings", {"sc/sd/x.ini"}, kAll, kSettings, 2, "sc/sd/x.ini"},
-        {"settings directory only", {"sd/x.ini"}, {}, std::string("CGIDirectory=sd\0", 16), 1, "sd/x.ini"},
-        {"settings backslashes", {"sc/deep/sd/x.ini"}, {}, std::string("CGIPath=sc\\deep\0CGIDirectory=sd\0", 32), 2,
-         "sc/deep/sd/x.ini"},
-        {"settings beyond their count", {"sc/x.ini"}, {}, std::string("Other=1\0CGIPath=sc\0", 19), 1, "(none)"},
-        {"setting without value", {"sd/x.ini"}, {}, std::string("CGIPath\0CGIDirectory=sd\0", 24), 2, "sd/x.ini"},
-        {"the first setting wins", {"second/x.ini"}, {}, std::string("CGIPath=first\0CGIPath=second\0", 30), 2, "(none)"},
-        {"nowhere", {"elsewhere/x.ini"}, kAll, kSettings, 2, "(none)"},
-        {"the Application value counts by its base name", {"base/app/x.ini", "app/x.ini"},
-         {"RootPath|n|base", "Application|n|../../app"}, "", 0, "base/app/x.ini"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const kx::test::DataRow &c : kx::test::DataTable("search_places.txt")) {
+        SCOPED_TRACE(*c[0]);
         kx::test::TempDir place;
         kx::test::CurrentDirectory into{place.path()};
-        for (const std::string &file : c.files) place.Write(file, "x");
+        for (std::string_view file : kx::core::Split(*c[1], " ")) place.Write(std::string(file), "x");
         in_.Clear();
         SetUp();
-        Declare(c.entries);
-        EXPECT_EQ(Found("x.ini", c.settings, c.settingsCount), c.expected);
+        Texts lines;
+        for (std::string_view line : kx::core::Split(*c[2], " "))
+            if (!line.empty()) lines.emplace_back(line);
+        Declare(lines);
+        EXPECT_EQ(Found("x.ini", *c[3], std::stoi(*c[4])), *c[5]);
     }
 }
 
