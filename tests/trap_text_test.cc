@@ -148,27 +148,19 @@ KXTrapDescription Described(const char *summary, const char *arguments, const ch
     return d;
 }
 
+// tests/data/trap_summaries.txt: summary, arguments, description, variables, text.
 TEST(TrapText, SummaryRules) {
     const Read trap(fx::TrapFileText({1, {fx::Name("FAN1"), fx::Status(2), {"9.0", "GAUGE", "12", ""},
                                           {"2.10.1.0", "OCTETSTRING", "web.example.com", ""}}}));
-    std::vector<char *> two{const_cast<char *>("a"), const_cast<char *>("b")};
-    const struct { KXTrapDescription d; std::string text; } cases[] = {
-        {Described("%s %s", "0"), "FAN1 (null)"},                 // a conversion beyond the arguments
-        {Described("%s", "1"), "degraded(2)"},                    // "1" is the second variable
-        {Described("%d and %x", "11"), "2 and 2"},
-        {Described("%s|%d", "22"), "12|12"},                      // a GAUGE
-        {Described("%s", "3"), "web.example.com"},                // shortened only as the first variable
-        {Described("%m %d %s", "999"), "(NULL) -1 (NULL)"},       // variables the trap lacks
-        {Described("%s %d%%%q %s", "0123"), "FAN1 2%%q web.example.com"},  // an unknown conversion takes a slot
-        {Described("%s%s%s%s%s%s%s%s%s%s%s", "00000000000"), "FAN1FAN1FAN1FAN1(NULL)(NULL)(NULL)(NULL)(NULL)(NULL)"},  // ten slots
-        {Described(nullptr, nullptr, "Only text."), "Only text."},
-        {Described("", "", "Text.", &two), "Text.\\nParameters:\\na = FAN1\\nb = degraded(2)\\n"},
-        {Described(nullptr, nullptr), ""},
-        {Described("%", "0"), "%"},
-    };
-    for (const auto &c : cases) {
-        KXTrapDescription d = c.d;
-        EXPECT_EQ(TextOf(&d, trap), c.text) << (c.d.Summary ? c.d.Summary : "<none>");
+    for (const kx::test::DataRow &c : kx::test::DataTable("trap_summaries.txt")) {
+        const auto text = [&](size_t i) { return c[i] ? c[i]->c_str() : nullptr; };
+        std::vector<std::string> owned;
+        for (std::string_view name : kx::core::Split(*c[3], " "))
+            if (!name.empty()) owned.emplace_back(name);
+        std::vector<char *> names;
+        for (std::string &name : owned) names.push_back(name.data());
+        KXTrapDescription d = Described(text(0), text(1), text(2), names.empty() ? nullptr : &names);
+        EXPECT_EQ(TextOf(&d, trap), *c[4]) << c[0].value_or("<none>");
     }
     KXTrapDescription d = Described("%s", "1");
     EXPECT_EQ(TextOf(&d, trap, &d), "2") << "the unknown-trap description names no values";
