@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -113,9 +114,18 @@ inline EscapeStep DecodeEscape(const char *in, char *out) {
 
 }  // namespace
 
-size_t DecodeByteWise(const char *in, size_t size, char *out) {
-    size_t i = 0, o = 0;
-    while (i < size) {
+namespace {
+
+// Positions in the input and the output.
+struct Cursor {
+    size_t i, o;
+};
+
+// Decodes byte by byte from in[at.i] to out[at.o] until the input position
+// reaches end; an escape that begins before end is decoded whole.
+inline Cursor DecodeRun(const char *in, size_t end, char *out, Cursor at) {
+    auto [i, o] = at;
+    while (i < end) {
         const char ch = in[i];
         if (ch == '%') {
             const EscapeStep step = DecodeEscape(in + i, out + o);
@@ -126,56 +136,88 @@ size_t DecodeByteWise(const char *in, size_t size, char *out) {
             ++i;
         }
     }
-    return o;
+    return {i, o};
+}
+
+}  // namespace
+
+size_t DecodeByteWise(const char *in, size_t size, char *out) {
+    return DecodeRun(in, size, out, {0, 0}).o;
 }
 
 #if KX_URL_BLOCKS
-// The bytes decoded per step of the block decoder: two SSE2 registers.
-constexpr size_t kChunk = 64;
+// The block decoder scans 64 bytes per step, and 16 near the end of the
+// text. A step with more escapes than one per kDenseBytes is decoded byte by
+// byte: there the copies would cost more than they save (text that is
+// mostly escapes, such as encoded Japanese).
+constexpr size_t kDenseBytes = 6;
 
-// Copies the 16 bytes at in to out with every "+" made a blank; returns the
-// mask of the "%" among them.
-__attribute__((target("sse2"))) inline unsigned CopyBlock(const char *in, char *out) {
-    __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
+// Copies the 16 bytes at in to out with every "+" made a blank.
+__attribute__((target("sse2"))) inline void CopyBlock(const char *in, char *out) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in));
     const __m128i plus = _mm_cmpeq_epi8(block, _mm_set1_epi8('+'));
-    block = _mm_xor_si128(block, _mm_and_si128(plus, _mm_set1_epi8('+' ^ ' ')));
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(out), block);
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8('%'))));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(out),
+                     _mm_xor_si128(block, _mm_and_si128(plus, _mm_set1_epi8('+' ^ ' '))));
 }
 
-// The same for the kChunk bytes at in: bit k of the mask is in[k].
-__attribute__((target("sse2"))) inline uint64_t CopyChunk(const char *in, char *out) {
+// The same for the n bytes at in, a multiple of 16.
+template <size_t n>
+__attribute__((target("sse2"))) inline void CopyBlocks(const char *in, char *out) {
+    for (size_t k = 0; k < n; k += 16) CopyBlock(in + k, out + k);
+}
+
+// Bit k is set when in[k] is "%", for the n bytes at in (at most 64).
+template <size_t n>
+__attribute__((target("sse2"))) inline uint64_t EscapesIn(const char *in) {
     uint64_t escapes = 0;
-    for (size_t k = 0; k < kChunk; k += 16) escapes |= uint64_t{CopyBlock(in + k, out + k)} << k;
+    for (size_t k = 0; k < n; k += 16) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in + k));
+        escapes |= uint64_t{static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8('%'))))} << k;
+    }
     return escapes;
 }
 
-// A chunk at a time: the chunk is copied whole, and behind each of its
-// escapes the following chunk's worth of bytes is copied again, moved up
-// to close the gap, so the chunk's escapes are all found from one mask and
-// no step waits for the one before. A copy may run ahead of the output;
-// later copies and escapes overwrite what it wrote there, and it stays
-// inside out, since the output never overtakes the input.
-__attribute__((target("sse2"))) size_t DecodeBlocks(const char *in, size_t size, char *out) {
-    size_t i = 0, o = 0;  // in[i] is the next byte to decode, out[o] the next to write
-    while (size - i >= kChunk) {
-        const size_t chunk = i;
-        for (uint64_t escapes = CopyChunk(in + i, out + o); escapes != 0; escapes &= escapes - 1) {
-            const size_t at = chunk + static_cast<size_t>(__builtin_ctzll(escapes));
-            if (at < i) continue;  // taken by the escape before it
-            o += at - i;
-            const EscapeStep step = DecodeEscape(in + at, out + o);
-            i = at + step.read;
-            o += step.written;
-            if (size - i < kChunk) return o + DecodeByteWise(in + i, size - i, out + o);
-            CopyChunk(in + i, out + o);
+// Steps of n bytes from at, while n bytes of input are left. A step copies
+// its bytes whole and finds all its escapes in one mask; behind each escape
+// the next n bytes are copied again, moved up to close the gap, so no escape
+// waits for a scan after the one before. A copy may run ahead of the
+// output; later copies and escapes overwrite what it wrote there, and it
+// stays inside out, since the output never overtakes the input.
+template <size_t n>
+__attribute__((target("sse2"))) Cursor DecodeSteps(const char *in, size_t size, char *out, Cursor at) {
+    static_assert(n % 16 == 0 && n <= 64);
+    auto [i, o] = at;  // in[i] is the next byte to decode, out[o] the next to write
+    while (size - i >= n) {
+        const size_t step = i;
+        uint64_t escapes = EscapesIn<n>(in + i);
+        if (static_cast<size_t>(__builtin_popcountll(escapes)) > n / kDenseBytes) {
+            const Cursor next = DecodeRun(in, step + n, out, {i, o});
+            i = next.i;
+            o = next.o;
+            continue;
         }
-        if (i < chunk + kChunk) {
-            o += chunk + kChunk - i;
-            i = chunk + kChunk;
+        CopyBlocks<n>(in + i, out + o);
+        for (; escapes != 0; escapes &= escapes - 1) {
+            const size_t escape = step + static_cast<size_t>(__builtin_ctzll(escapes));
+            if (escape < i) continue;  // taken by the escape before it
+            o += escape - i;
+            const EscapeStep decoded = DecodeEscape(in + escape, out + o);
+            i = escape + decoded.read;
+            o += decoded.written;
+            if (size - i < n) return {i, o};
+            CopyBlocks<n>(in + i, out + o);
         }
+        // The rest of the step stands at out[o...] already.
+        const size_t end = std::max(i, step + n);
+        o += end - i;
+        i = end;
     }
-    return o + DecodeByteWise(in + i, size - i, out + o);
+    return {i, o};
+}
+
+__attribute__((target("sse2"))) size_t DecodeBlocks(const char *in, size_t size, char *out) {
+    const Cursor start = DecodeSteps<16>(in, size, out, DecodeSteps<64>(in, size, out, {0, 0}));
+    return DecodeRun(in, size, out, start).o;
 }
 #endif
 
