@@ -35,18 +35,37 @@ namespace {
 // become "+" instead of an escape.
 constexpr std::string_view kEncoded = " \"/:+&=%~#'`>|";
 
-// Per byte: how ServerEncoding writes it.
-enum class Encode : unsigned char { Copy, Blank, Escape };
+constexpr char kHexDigits[] = "0123456789ABCDEF";
 
-constexpr std::array<Encode, 256> EncodingTable() {
-    std::array<Encode, 256> table{};
-    for (char ch : kEncoded) table[static_cast<unsigned char>(ch)] = Encode::Escape;
-    table[' '] = Encode::Blank;
+// How ServerEncoding writes one byte: one to four bytes, padded to four so
+// that every byte is written with one fixed-size store, without a branch.
+struct alignas(8) Encoded {
+    std::array<char, 4> bytes;
+    unsigned char length;
+};
+using EncodingTable = std::array<Encoded, 256>;
+
+constexpr EncodingTable MakeEncodingTable(bool escapeBlank, bool doublePercent) {
+    EncodingTable table{};
+    for (size_t b = 0; b < 256; ++b) table[b] = {{static_cast<char>(b)}, 1};
+    for (const char ch : kEncoded) {
+        const auto b = static_cast<unsigned char>(ch);
+        Encoded escape{};
+        if (doublePercent) escape.bytes[escape.length++] = '%';
+        escape.bytes[escape.length++] = '%';
+        escape.bytes[escape.length++] = kHexDigits[b >> 4];
+        escape.bytes[escape.length++] = kHexDigits[b & 0xF];
+        table[b] = escape;
+    }
+    if (!escapeBlank) table[' '] = {{'+'}, 1};
     return table;
 }
-constexpr std::array<Encode, 256> kEncoding = EncodingTable();
 
-constexpr char kHexDigits[] = "0123456789ABCDEF";
+// One table per pair of (escapeBlank, doublePercent).
+constexpr std::array<EncodingTable, 4> kEncodingTables = {
+    MakeEncodingTable(false, false), MakeEncodingTable(false, true),
+    MakeEncodingTable(true, false),  MakeEncodingTable(true, true),
+};
 
 // Per byte: its value as a hexadecimal digit, or kNotHex.
 constexpr unsigned char kNotHex = 0xFF;
@@ -254,33 +273,24 @@ UrlDecoder ChosenDecoder() {
 extern "C" {
 
 char *ServerEncoding(const char *text, int *length, int encodeBlank, int doublePercent) {
-    using kx::input::Encode;
     const std::string_view in = text ? text : "";
-    const size_t escape = doublePercent == 1 ? 4 : 3;
-    const Encode blank = encodeBlank ? Encode::Escape : Encode::Blank;
-    auto kind = [&](char ch) {
-        const Encode e = kx::input::kEncoding[static_cast<unsigned char>(ch)];
-        return e == Encode::Blank ? blank : e;
-    };
-    size_t size = 0;
-    for (char ch : in) size += kind(ch) == Encode::Escape ? escape : 1;
-    char *out = static_cast<char *>(kx::core::Allocate(size + 1));
+    const size_t size = in.size();
+    const auto &table = kx::input::kEncodingTables[(encodeBlank ? 2 : 0) + (doublePercent == 1 ? 1 : 0)];
+    auto of = [&](size_t i) -> const kx::input::Encoded & { return table[static_cast<unsigned char>(in[i])]; };
+    size_t encoded = 0;
+    for (size_t i = 0; i < size; ++i) encoded += of(i).length;
+    char *out = static_cast<char *>(kx::core::Allocate(encoded + 1));
     if (out == nullptr) return nullptr;
-    char *p = out;
-    for (char ch : in) {
-        switch (kind(ch)) {
-        case Encode::Copy: *p++ = ch; break;
-        case Encode::Blank: *p++ = '+'; break;
-        case Encode::Escape:
-            if (doublePercent == 1) *p++ = '%';
-            *p++ = '%';
-            *p++ = kx::input::kHexDigits[static_cast<unsigned char>(ch) >> 4];
-            *p++ = kx::input::kHexDigits[static_cast<unsigned char>(ch) & 0xF];
-            break;
-        }
+    // Every byte gives at least one, so while four bytes of input are left
+    // there is room for a four-byte store.
+    size_t i = 0, o = 0;
+    for (; size - i >= 4; ++i) {
+        std::memcpy(out + o, of(i).bytes.data(), 4);
+        o += of(i).length;
     }
-    *p = '\0';
-    if (length != nullptr) *length = static_cast<int>(size);
+    for (; i < size; o += of(i).length, ++i) std::memcpy(out + o, of(i).bytes.data(), of(i).length);
+    out[encoded] = '\0';
+    if (length != nullptr) *length = static_cast<int>(encoded);
     return out;
 }
 

@@ -262,7 +262,8 @@ TEST(UrlCodec, EncodesTheFixedSetAndDecodingUndoesIt) {
     struct Case { const char *in; int blank, doubled; const char *out; };
     const Case cases[] = {
         {"a b&c", 0, 0, "a+b%26c"}, {"a b&c", 1, 0, "a%20b%26c"}, {"a b&c", 0, 1, "a+b%%26c"},
-        {"a b&c", 1, 1, "a%%20b%%26c"}, {"a b&c", 0, 2, "a+b%26c"}, {nullptr, 0, 0, ""},
+        {"a b&c", 1, 1, "a%%20b%%26c"}, {"a b&c", 0, 2, "a+b%26c"}, {nullptr, 0, 0, ""}, {"&", 1, 1, "%%26"},
+        {"abc d|>", 0, 1, "abc+d%%7C%%3E"},
         {" \"/:+&=%~#'`>|", 1, 0, "%20%22%2F%3A%2B%26%3D%25%7E%23%27%60%3E%7C"},
         {"azAZ09.-_?<;!*()[]{}\\@$^,\x80\xFF", 0, 0, "azAZ09.-_?<;!*()[]{}\\@$^,\x80\xFF"},
     };
