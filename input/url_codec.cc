@@ -131,10 +131,6 @@ inline EscapeStep DecodeEscape(const char *in, char *out) {
     return {1, 1};
 }
 
-}  // namespace
-
-namespace {
-
 // Positions in the input and the output.
 struct Cursor {
     size_t i, o;
