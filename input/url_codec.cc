@@ -161,11 +161,17 @@ size_t DecodeByteWise(const char *in, size_t size, char *out) {
 }
 
 #if KX_URL_BLOCKS
-// The block decoder scans 64 bytes per step, and 16 near the end of the
-// text. A step with more escapes than one per kDenseBytes is decoded byte by
-// byte: there the copies would cost more than they save (text that is
-// mostly escapes, such as encoded Japanese).
+// The block decoder works in steps of kStep bytes. A step with more escapes
+// than one per kDenseBytes is decoded byte by byte: there the copies would
+// cost more than they save (text that is mostly escapes, such as encoded
+// Japanese).
+constexpr size_t kStep = 64;
 constexpr size_t kDenseBytes = 6;
+// How far from its start a step may read and write: its bytes, an escape
+// that begins at its last byte, and the copy behind that escape.
+constexpr size_t kStepReach = kStep + 6 + kStep;
+// Texts shorter than this are faster decoded byte by byte.
+constexpr size_t kShortText = 32;
 
 // Copies the 16 bytes at in to out with every "+" made a blank.
 __attribute__((target("sse2"))) inline void CopyBlock(const char *in, char *out) {
@@ -175,64 +181,65 @@ __attribute__((target("sse2"))) inline void CopyBlock(const char *in, char *out)
                      _mm_xor_si128(block, _mm_and_si128(plus, _mm_set1_epi8('+' ^ ' '))));
 }
 
-// The same for the n bytes at in, a multiple of 16.
-template <size_t n>
-__attribute__((target("sse2"))) inline void CopyBlocks(const char *in, char *out) {
-    for (size_t k = 0; k < n; k += 16) CopyBlock(in + k, out + k);
+// The same for the kStep bytes at in.
+__attribute__((target("sse2"))) inline void CopyStep(const char *in, char *out) {
+    for (size_t k = 0; k < kStep; k += 16) CopyBlock(in + k, out + k);
 }
 
-// Bit k is set when in[k] is "%", for the n bytes at in (at most 64).
-template <size_t n>
+// Bit k is set when in[k] is "%", for the kStep bytes at in.
 __attribute__((target("sse2"))) inline uint64_t EscapesIn(const char *in) {
     uint64_t escapes = 0;
-    for (size_t k = 0; k < n; k += 16) {
+    for (size_t k = 0; k < kStep; k += 16) {
         const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(in + k));
         escapes |= uint64_t{static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8('%'))))} << k;
     }
     return escapes;
 }
 
-// Steps of n bytes from at, while n bytes of input are left. A step copies
-// its bytes whole and finds all its escapes in one mask; behind each escape
-// the next n bytes are copied again, moved up to close the gap, so no escape
-// waits for a scan after the one before. A copy may run ahead of the
-// output; later copies and escapes overwrite what it wrote there, and it
-// stays inside out, since the output never overtakes the input.
-template <size_t n>
-__attribute__((target("sse2"))) Cursor DecodeSteps(const char *in, size_t size, char *out, Cursor at) {
-    static_assert(n % 16 == 0 && n <= 64);
+// One step from at, which needs kStepReach bytes of in and of out. The step
+// copies its bytes whole and finds all its escapes in one mask; behind each
+// escape the next kStep bytes are copied again, moved up to close the gap,
+// so no escape waits for a scan after the one before. A copy may run ahead
+// of the output; later copies and escapes overwrite what it wrote there.
+__attribute__((target("sse2"))) Cursor DecodeStep(const char *in, char *out, Cursor at) {
     auto [i, o] = at;  // in[i] is the next byte to decode, out[o] the next to write
-    while (size - i >= n) {
-        const size_t step = i;
-        uint64_t escapes = EscapesIn<n>(in + i);
-        if (static_cast<size_t>(__builtin_popcountll(escapes)) > n / kDenseBytes) {
-            const Cursor next = DecodeRun(in, step + n, out, {i, o});
-            i = next.i;
-            o = next.o;
-            continue;
-        }
-        CopyBlocks<n>(in + i, out + o);
-        for (; escapes != 0; escapes &= escapes - 1) {
-            const size_t escape = step + static_cast<size_t>(__builtin_ctzll(escapes));
-            if (escape < i) continue;  // taken by the escape before it
-            o += escape - i;
-            const EscapeStep decoded = DecodeEscape(in + escape, out + o);
-            i = escape + decoded.read;
-            o += decoded.written;
-            if (size - i < n) return {i, o};
-            CopyBlocks<n>(in + i, out + o);
-        }
-        // The rest of the step stands at out[o...] already.
-        const size_t end = std::max(i, step + n);
-        o += end - i;
-        i = end;
+    const size_t step = i;
+    uint64_t escapes = EscapesIn(in + i);
+    if (static_cast<size_t>(__builtin_popcountll(escapes)) > kStep / kDenseBytes)
+        return DecodeRun(in, step + kStep, out, at);
+    CopyStep(in + i, out + o);
+    for (; escapes != 0; escapes &= escapes - 1) {
+        const size_t escape = step + static_cast<size_t>(__builtin_ctzll(escapes));
+        if (escape < i) continue;  // taken by the escape before it
+        o += escape - i;
+        const EscapeStep decoded = DecodeEscape(in + escape, out + o);
+        i = escape + decoded.read;
+        o += decoded.written;
+        CopyStep(in + i, out + o);
     }
-    return {i, o};
+    // The rest of the step stands at out[o...] already.
+    const size_t end = std::max(i, step + kStep);
+    return {end, o + (end - i)};
 }
 
+// Steps while they stay inside the text (the output never overtakes the
+// input, so they stay inside out too). The last bytes go through a copy
+// padded with NULs: the steps copy a NUL like any byte, and a NUL ends an
+// escape that reaches it as the text's own NUL does, so the padding comes
+// out as it went in, after the decoded bytes.
 __attribute__((target("sse2"))) size_t DecodeBlocks(const char *in, size_t size, char *out) {
-    const Cursor start = DecodeSteps<16>(in, size, out, DecodeSteps<64>(in, size, out, {0, 0}));
-    return DecodeRun(in, size, out, start).o;
+    if (size < kShortText) return DecodeRun(in, size, out, {0, 0}).o;
+    Cursor at{0, 0};
+    while (size - at.i >= kStepReach) at = DecodeStep(in, out, at);
+    const size_t rest = size - at.i;
+    alignas(16) char padded[2 * kStepReach] = {};
+    char decoded[2 * kStepReach];
+    std::memcpy(padded, in + at.i, rest);
+    Cursor tail{0, 0};
+    while (tail.i < rest) tail = DecodeStep(padded, decoded, tail);
+    const size_t written = tail.o - (tail.i - rest);
+    std::memcpy(out + at.o, decoded, written);
+    return at.o + written;
 }
 #endif
 
