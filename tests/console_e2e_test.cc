@@ -257,8 +257,8 @@ TEST_F(Console, HugeRequestsEndInAPage) {
 
 struct Outcome { int status; std::string out; };  // out: standard output and standard error together
 
-Outcome RunPageTool(const std::string &arguments) {
-    const std::string command = std::string(KX_PAGE_TOOL) + " " + arguments + " 2>&1";
+Outcome RunPageTool(const std::string &arguments, const std::string &environment = "") {
+    const std::string command = environment + " " + KX_PAGE_TOOL + " " + arguments + " 2>&1";
     FILE *pipe = popen(command.c_str(), "r");
     Outcome outcome{-1, {}};
     char buffer[4096];
@@ -294,6 +294,17 @@ TEST(KxPage, RendersOrReportsWhatIsMissing) {
         if (c.status == 0) EXPECT_EQ(outcome.out, c.message);
         EXPECT_EQ(outcome.out.rfind(c.message, 0), 0u) << c.arguments << ": " << outcome.out;
     }
+}
+
+// A page that reads no MIB and asks no agent does not load net-snmp (the
+// dynamic linker lists what it loads).
+TEST(KxPage, LoadsNetSnmpOnlyWhenAsked) {
+    kx::test::TempDir dir;
+    const std::string definition = dir.Write("app.ini", "|\nWho|n|nobody\n");
+    const Outcome outcome = RunPageTool("--app " + definition + " " + dir.Write("page.htm", "{Who}\n"), "LD_DEBUG=libs");
+    EXPECT_EQ(outcome.status, 0) << outcome.out;
+    EXPECT_NE(outcome.out.find("libKXsnmp.so"), std::string::npos) << outcome.out;
+    EXPECT_EQ(outcome.out.find("libnetsnmp"), std::string::npos);
 }
 
 }  // namespace

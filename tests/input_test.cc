@@ -17,6 +17,7 @@
 #include "companion/libKXUtils.h"
 #include "core/entry.h"
 #include "core/name_index.h"
+#include "input/url_decoding.h"
 #include "kx_list.h"
 #include "support/kx_test.h"
 
@@ -214,6 +215,37 @@ TEST(TextFunctions, OneCallPerLine) {
         EXPECT_EQ(HeapText(ServerDecoding(HeapText(ServerEncoding(all.c_str(), nullptr, blank, 0)).Get())).str(), all);
 }
 
+// Both decoders on text placed so that its escapes meet the edges of the
+// 16-byte registers and the 64-byte steps of the block decoder; tails of
+// several lengths follow, so that its steps in the text and in its padded
+// copy of the last bytes take part. (No
+// case is a whole "%u" escape: its first use fixes the locale state for the
+// process, and the children of the test below inherit it.)
+TEST(UrlCodec, BlockDecoderMatchesByteWiseAtEveryEdge) {
+    struct Case { size_t pad; const char *text, *out; };
+    const Case cases[] = {
+        {15, "%41", "A"}, {14, "%41+", "A "}, {63, "%41", "A"}, {62, "%41%42", "AB"}, {61, "%4", "%4"},
+        {63, "%", "%"}, {64, "%G1", "%G1"}, {63, "%4G", "%4G"}, {47, "%%41", "%A"}, {62, "%u3", "%u3"},
+        {60, "%uG042", "%uG042"}, {0, "+%2B+%2b", " + +"}, {1, "%41" "................................................"
+        "................................................%42", "A................................................"
+        "................................................B"}, {5, "%41%42%43%44%45%46%47", "ABCDEFG"},
+    };
+    std::vector<kx::input::UrlDecoder> decoders{kx::input::DecodeByteWise};
+    if (kx::input::BlockDecoder() != nullptr) decoders.push_back(kx::input::BlockDecoder());
+    for (const Case &c : cases)
+        for (const auto decode : decoders)
+            for (const std::string &end : {std::string(), std::string(100, 'y'), std::string(200, 'y')}) {
+                const std::string in = std::string(c.pad, 'x') + c.text + end;
+                std::vector<char> out(in.size());  // exactly the room promised, for ASan
+                EXPECT_EQ(std::string(out.data(), decode(in.c_str(), in.size(), out.data())),
+                          std::string(c.pad, 'x') + c.out + end) << c.pad << c.text << end.size();
+            }
+    std::string many, decoded;  // escapes back to back across many steps
+    for (int k = 0; k < 100; ++k) many += "%4" + std::string(1, "0123456789"[k % 10]) + (k % 7 ? "" : "+");
+    for (int k = 0; k < 100; ++k) decoded += static_cast<char>(0x40 + k % 10) + std::string(k % 7 ? "" : " ");
+    EXPECT_EQ(HeapText(ServerDecoding((many + "%").c_str())).str(), decoded + "%");
+}
+
 // Decodes text in a child with LOCPATH set: "%u" escapes switch the whole
 // process to the locale "Japanese" on first use, once.
 std::string DecodeInChild(const std::string &locpath, const char *text) {
@@ -246,6 +278,8 @@ TEST(UrlCodec, WideEscapesDecodeIntoTheJapaneseLocale) {
     EXPECT_EQ(DecodeInChild(locales.path(), "x%u3042y"), "x\xA4\xA2y") << "six characters make one character";
     EXPECT_EQ(DecodeInChild(locales.path(), "%u00e9%41"), "\x8F\xAB\xB1" "A") << "three bytes are kept";
     EXPECT_EQ(DecodeInChild(locales.path(), "%u304"), "%u304") << "an escape cut short stays";
+    const std::string pad(40, 'x'), tail(100, 'y');  // the escape takes a "%" its step had found
+    EXPECT_EQ(DecodeInChild(locales.path(), (pad + "%u30%41" + tail).c_str()), pad + "\xA4\xB4" "1" + tail);
     EXPECT_EQ(DecodeInChild(empty.path(), "x%u3042y%20"), "x%u3042y ") << "kept when the locale is missing";
 }
 

@@ -10,14 +10,16 @@
 #include <algorithm>
 #include <utility>
 
-#include <net-snmp/net-snmp-config.h>
-#include <net-snmp/net-snmp-includes.h>
-
 #include "mib_internal.h"
 #include "mib_tree.h"
+#include "platform/netsnmp_loader.h"
 
 namespace kxsnmp {
 namespace {
+
+// net-snmp, once LoadTree has found it: everything below that uses it runs
+// after LoadTree succeeded.
+const kx::platform::NetSnmp &Snmp() { return *kx::platform::NetSnmpLibrary(); }
 
 // The modules that name the SMI roots and the commonest textual conventions;
 // MIB files import from them (and, through net-snmp's own mapping, from
@@ -79,7 +81,7 @@ void ReadBuiltinModule(const std::string &text) {
     const int fd = memfd_create("kx-mib-module", MFD_CLOEXEC);
     const std::string path = "/proc/self/fd/" + std::to_string(fd);
     if (fd >= 0 && WriteAll(fd, text) && access(path.c_str(), R_OK) == 0) {
-        read_mib(path.c_str());
+        Snmp().read_mib(path.c_str());
         close(fd);
         return;
     }
@@ -89,7 +91,7 @@ void ReadBuiltinModule(const std::string &text) {
     if (file < 0) return;
     const bool written = WriteAll(file, text);
     close(file);
-    if (written) read_mib(temporary);
+    if (written) Snmp().read_mib(temporary);
     unlink(temporary);
 }
 
@@ -104,17 +106,17 @@ void RegisterDirectory(const std::string &directory) {
     for (const std::string &name : names) {
         const std::string path = directory + "/" + name;
         struct stat info {};
-        if (stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode)) add_mibfile(path.c_str(), name.c_str());
+        if (stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode)) Snmp().add_mibfile(path.c_str(), name.c_str());
     }
 }
 
 void ConfigureParser(const std::string &directory) {
-    netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
-    snmp_set_mib_warnings(0);
-    snmp_set_mib_errors(0);
+    Snmp().netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
+    Snmp().snmp_set_mib_warnings(0);
+    Snmp().snmp_set_mib_errors(0);
     // Only consulted for messages about missing modules; set so that net-snmp
     // never falls back to the environment or its compiled-in path.
-    netsnmp_set_mib_directory(directory.c_str());
+    Snmp().netsnmp_set_mib_directory(directory.c_str());
 }
 
 std::string BaseName(const char *path) {
@@ -128,7 +130,7 @@ std::string BaseName(const char *path) {
 std::vector<std::pair<int, std::string>> FileModules(int lastBuiltin) {
     std::vector<std::pair<int, std::string>> files;
     for (int id = lastBuiltin + 1;; ++id) {
-        const struct module *module = find_module(id);
+        const struct module *module = Snmp().find_module(id);
         if (module == nullptr) break;
         files.emplace_back(id, BaseName(module->file));
     }
@@ -140,20 +142,20 @@ std::vector<std::pair<int, std::string>> FileModules(int lastBuiltin) {
 void LoadTree() {
     TreeState &state = State();
     const std::string directory = MibDirectory();
-    if (state.loaded && state.directory == directory) return;
+    if ((state.loaded && state.directory == directory) || kx::platform::NetSnmpLibrary() == nullptr) return;
     ConfigureParser(directory);
     // net-snmp sets its tables up once; for another directory it only drops
     // what it read (it keeps, and loses, its table of textual conventions:
     // a few kilobytes per change of directory).
     if (state.loaded)
-        unload_all_mibs();
+        Snmp().unload_all_mibs();
     else
-        init_mib_internals();
+        Snmp().init_mib_internals();
     ReadBuiltinModule(SmiModuleText());
     ReadBuiltinModule(TcModuleText());
-    const int lastBuiltin = std::max(which_module(kSmiModule), which_module(kTcModule));
+    const int lastBuiltin = std::max(Snmp().which_module(kSmiModule), Snmp().which_module(kTcModule));
     RegisterDirectory(directory);
-    read_all_mibs();
+    Snmp().read_all_mibs();
     state.loaded = true;
     state.directory = directory;
     state.files = FileModules(lastBuiltin);
@@ -161,7 +163,8 @@ void LoadTree() {
 
 OidMatch DeepestNode(const std::vector<std::uint32_t> &oid) {
     OidMatch match;
-    struct tree *level = get_tree_head();
+    if (!State().loaded) return match;
+    struct tree *level = Snmp().get_tree_head();
     for (const std::uint32_t number : oid) {
         struct tree *found = nullptr;
         for (struct tree *node = level; node != nullptr; node = node->next_peer)
@@ -178,9 +181,10 @@ OidMatch DeepestNode(const std::vector<std::uint32_t> &oid) {
 }
 
 struct tree *FindNode(const std::string &name, int moduleId) {
+    if (!State().loaded) return nullptr;
     if (moduleId >= 0)
-        if (struct tree *node = find_tree_node(name.c_str(), moduleId)) return node;
-    return find_tree_node(name.c_str(), -1);
+        if (struct tree *node = Snmp().find_tree_node(name.c_str(), moduleId)) return node;
+    return Snmp().find_tree_node(name.c_str(), -1);
 }
 
 std::string NodeOid(const struct tree *node) {

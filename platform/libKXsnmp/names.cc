@@ -11,6 +11,7 @@
 #include "companion/libKXsnmp_names.h"
 #include "mib_internal.h"
 #include "mib_tree.h"
+#include "platform/netsnmp_loader.h"
 
 // The handle of a MIB: the net-snmp module read from the MIB file.
 struct KXMib {
@@ -151,7 +152,7 @@ int KXGetOID(const char *mibFile, const char *tableEntry, const char *column, ch
     kxsnmp::LoadTree();
     const auto module = kxsnmp::ModuleOfFile(mibFile);
     if (!module) return -1;
-    const struct tree *node = find_tree_node(object, *module);
+    const struct tree *node = kx::platform::NetSnmpLibrary()->find_tree_node(object, *module);
     if (node == nullptr) return -1;
     if (column != nullptr && tableEntry != nullptr &&
         (node->parent == nullptr || std::strcmp(node->parent->label, tableEntry) != 0))

@@ -17,10 +17,15 @@
 #include <vector>
 
 #include "companion/libSnmpFile.h"
+#include "platform/netsnmp_loader.h"
 #include "records.h"
 
 namespace snmpfile {
 namespace {
+
+// net-snmp, once OpenSession has found it: everything that uses it runs on
+// a session that OpenSession opened.
+const kx::platform::NetSnmp &Snmp() { return *kx::platform::NetSnmpLibrary(); }
 
 constexpr int kDefaultTimeoutMs = 5000;
 enum class Operation { Get, GetNext, Walk };
@@ -104,7 +109,7 @@ const char *ExceptionName(u_char type) {
 }
 
 struct SessionCloser {
-    void operator()(void *session) const { snmp_sess_close(session); }
+    void operator()(void *session) const { Snmp().snmp_sess_close(session); }
 };
 using Session = std::unique_ptr<void, SessionCloser>;
 
@@ -117,22 +122,23 @@ struct Request {
 };
 
 Session OpenSession(const Request &request) {
+    if (kx::platform::NetSnmpLibrary() == nullptr) return Session(nullptr);
     static const bool transportsReady = [] {
         // No configuration file of the machine is read; OIDs are numeric, so
         // no MIB is needed either (snmp_sess_init sets the transports up).
-        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
+        Snmp().netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, NETSNMP_DS_LIB_DONT_READ_CONFIGS, 1);
         return true;
     }();
     (void)transportsReady;
     netsnmp_session settings;
-    snmp_sess_init(&settings);
+    Snmp().snmp_sess_init(&settings);
     settings.peername = const_cast<char *>(request.peer.c_str());
     settings.version = request.version;
     settings.community = reinterpret_cast<u_char *>(const_cast<char *>(request.community.c_str()));
     settings.community_len = request.community.size();
     settings.timeout = request.timeoutMicroseconds;
     settings.retries = request.retries;
-    return Session(snmp_sess_open(&settings));
+    return Session(Snmp().snmp_sess_open(&settings));
 }
 
 struct Answer {
@@ -141,18 +147,18 @@ struct Answer {
 };
 
 Answer Ask(void *session, int command, const std::vector<oid> &name) {
-    netsnmp_pdu *pdu = snmp_pdu_create(command);
+    netsnmp_pdu *pdu = Snmp().snmp_pdu_create(command);
     if (pdu == nullptr) return {KX_SNMPFILE_NO_MEMORY, nullptr};
-    snmp_add_null_var(pdu, name.data(), name.size());
+    Snmp().snmp_add_null_var(pdu, name.data(), name.size());
     netsnmp_pdu *response = nullptr;
-    const int status = snmp_sess_synch_response(session, pdu, &response);
+    const int status = Snmp().snmp_sess_synch_response(session, pdu, &response);
     if (status == STAT_TIMEOUT) return {KX_SNMPFILE_TIMEOUT, response};
     if (status != STAT_SUCCESS || response == nullptr) return {KX_SNMPFILE_NO_SESSION, response};
     return {0, response};
 }
 
 struct PduFree {
-    void operator()(netsnmp_pdu *pdu) const { snmp_free_pdu(pdu); }
+    void operator()(netsnmp_pdu *pdu) const { Snmp().snmp_free_pdu(pdu); }
 };
 
 bool InSubtree(const netsnmp_variable_list &var, const std::vector<oid> &root) {
@@ -191,7 +197,7 @@ int Walk(void *session, const std::vector<oid> &root, bool subtreeOnly, int limi
         if (var == nullptr || ExceptionName(var->type) != nullptr) return 0;
         if (subtreeOnly && !InSubtree(*var, root)) return 0;
         // An agent that does not move forward would keep the walk going.
-        if (snmp_oid_compare(var->name, var->name_length, next.data(), next.size()) <= 0)
+        if (Snmp().snmp_oid_compare(var->name, var->name_length, next.data(), next.size()) <= 0)
             return KX_SNMPFILE_SNMP_ERROR;
         Value value = ValueOf(*var);
         out.push_back({OidText(var->name, var->name_length), value.type, std::move(value.text)});
