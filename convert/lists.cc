@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "convert/convert_internal.h"
+#include "core/selection_form.h"
 #include "kx_convert.h"
 
 namespace kx::convert {
@@ -20,17 +21,15 @@ struct SelectionArgument {
 };
 
 bool ReadSelection(std::string_view argument, SelectionArgument &parsed) {
-    const Cut withDefault = CutAt(argument, ',');
-    parsed.fallback = withDefault.rest;
-    const std::size_t open = argument.find("[{");
-    if (argument.empty() || open == std::string_view::npos) return false;
-    const std::size_t keyEnd = argument.find('[', open + 2);
-    if (keyEnd == std::string_view::npos) return false;
-    const std::size_t wantedEnd = argument.find(']', keyEnd + 1);
-    if (wantedEnd == std::string_view::npos) return false;
-    parsed.prefix = argument.substr(1, open - 1);
-    parsed.key = argument.substr(open + 2, keyEnd - open - 2);
-    parsed.wanted = argument.substr(keyEnd + 1, wantedEnd - keyEnd - 1);
+    parsed.fallback = CutAt(argument, ',').rest;
+    core::SelectionParts parts;
+    if (core::ReadSelectionForm(argument, "{", core::SelectionSource::kArgument, parts) != core::SelectionFault::kNone)
+        return false;
+    // An argument that begins with "[{" has always named the whole text after
+    // its first character as Prefix.
+    parsed.prefix = argument.starts_with("[{") ? argument.substr(1) : parts.prefix;
+    parsed.key = parts.key;
+    parsed.wanted = parts.elements;
     return true;
 }
 

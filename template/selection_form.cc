@@ -15,6 +15,7 @@
 #include "core/evaluation.h"
 #include "core/messages.h"
 #include "core/number.h"
+#include "core/selection_form.h"
 #include "core/text.h"
 #include "template/markers.h"
 
@@ -32,11 +33,6 @@ struct Selection {
     int cycleIndex;
     Markers markers;
 };
-
-// The text from first up to last; empty when last lies before first.
-std::string Between(const char *first, const char *last) {
-    return last > first ? std::string(first, static_cast<size_t>(last - first)) : std::string();
-}
 
 int Lookup(const Selection &s, const std::string &name) {
     return EingabewertIndex(name.c_str(), *s.pList, *s.pCount);
@@ -155,25 +151,28 @@ void Message(char *message, const char *format, const std::string &name) {
     std::snprintf(message, KX_MESSAGE_SIZE, format, name.c_str());
 }
 
-int SelectionForm(Selection &s, char *open, int **indexList, int *valueIndex) {
-    char *lastClose = std::strrchr(s.start, ']');
-    if (lastClose == nullptr) {
-        std::snprintf(s.message, KX_MESSAGE_SIZE, "%s", MessageText(PageMessage::FirstBracketMissing));
-        return 0;
+// The parts of the form; false, with the fault's message where it has one,
+// when the form is malformed.
+bool ReadParts(Selection &s, SelectionParts &parts) {
+    const auto say = [&](PageMessage message) {
+        std::snprintf(s.message, KX_MESSAGE_SIZE, "%s", MessageText(message));
+        return false;
+    };
+    switch (ReadSelectionForm(s.start, s.markers.start, SelectionSource::kPlaceholder, parts)) {
+    case SelectionFault::kNone: return true;
+    case SelectionFault::kNoKey: return false;
+    case SelectionFault::kNoClosingBracket: return say(PageMessage::FirstBracketMissing);
+    case SelectionFault::kKeyNotClosed: return say(PageMessage::SecondBracketMissing);
     }
-    char *keyStart = std::strstr(open + 1, s.markers.start.c_str());
-    char *keyOpen = keyStart != nullptr ? std::strchr(keyStart, '[') : nullptr;
-    if (keyOpen == nullptr) return 0;
-    Cuts cuts;
-    cuts.At(lastClose);
-    const char *keyClose = PairIt(keyOpen, "[", "]");
-    if (keyClose <= keyOpen) {
-        std::snprintf(s.message, KX_MESSAGE_SIZE, "%s", MessageText(PageMessage::SecondBracketMissing));
-        return 0;
-    }
-    const std::string prefix = Between(AfterStartMarker(s.start, s.markers), open);
-    const std::string keyName = Between(AfterStartMarker(keyStart, s.markers), keyOpen);
-    std::string list = Candidates(prefix, Between(keyOpen + 1, keyClose), s.cycleIndex);
+    return false;
+}
+
+int SelectionForm(Selection &s, int **indexList, int *valueIndex) {
+    SelectionParts parts;
+    if (!ReadParts(s, parts)) return 0;
+    const std::string prefix(parts.prefix);
+    const std::string keyName(parts.key);
+    std::string list = Candidates(prefix, std::string(parts.elements), s.cycleIndex);
     const size_t bracket = list.find('[');
     if (bracket != std::string::npos) {
         const char *close = PairIt(list.c_str() + bracket, "[", "]");
@@ -213,5 +212,5 @@ extern "C" int DetermineReplaceValue(char *start, char *end, int *pCount, Eingab
     char *open = std::strchr(start, '[');
     if (open == nullptr || open >= close) return SimplePlaceholder(s);
     if (bracket != nullptr) *bracket = open;
-    return SelectionForm(s, open, indexList, valueIndex);
+    return SelectionForm(s, indexList, valueIndex);
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "kx_convert.h"
 #include "support/page_engine.h"
 
 namespace {
@@ -123,6 +124,37 @@ TEST_F(Placeholders, SelectionMessages) {
     }
     const std::string out = Replace("{State[{" + std::string(600, 'k') + "[CPU]}]}");
     EXPECT_EQ(out.size() - out.find('|', 2) - 1 - 3, KX_MESSAGE_SIZE - 1u) << "a long message is cut to the buffer";
+}
+
+// One form through both readers: the placeholder ("result|name|message|
+// value index") and "_valueindex," with ",none" and the value "ok". They
+// agree on well-formed forms and keep their own answers to malformed ones.
+TEST_F(Placeholders, SelectionFormThroughBothReaders) {
+    struct Case { const char *form, *placeholder, *argument; };
+    const Case cases[] = {
+        {"{State[{Typ[CPU]}]}", "2|State_CPU||-1", "0"},
+        {"{State[{Typ[Fan|CPU]}]}", "1|State_Fan||-1", "none"},
+        {"{State[ {Typ[CPU]}]}", "2|State_CPU||-1", "none"},      // Key not right after "["
+        {"{State[a][{Typ[CPU]}]}", "2|State_CPU||-1", "none"},    // a second "[" before Key
+        {"{State[{Typ[CP[U]]}]}", "0|State_CP||0", "none"},       // nested brackets in the elements
+        {"{State[{Typ[CPU]x]}]}", "2|State_CPU||-1", "0"},        // text between the elements' "]" and the last
+        {"{State[{Typ[CPU]}", "0|<null>||-1", "0"},               // the placeholder is not closed
+        {"{State[{Typ[CPU}", "0|<null>||-1", "none"},             // no "]": no form
+        {"{State[Typ[CPU]]}", "0|<null>||-1", "none"},            // no inner placeholder
+        {"[{Typ[CPU]}]}", "2|_CPU|<!_unknown>|-1", "none"},       // no Prefix, no opening marker
+    };
+    for (const Case &c : cases) {
+        Fresh();
+        EXPECT_EQ(Replace(c.form), c.placeholder) << c.form;
+        std::string argument = std::string(c.form) + ",none";
+        char value[] = "ok";
+        EXPECT_EQ(HeapText(ConvertToValueIndex(argument.data(), value, -1)).str(), c.argument) << c.form;
+        EXPECT_EQ(argument, std::string(c.form) + ",none");
+    }
+    // An argument that begins with "[{" names everything after its "[" as Prefix.
+    SetList("{Typ[CPU]}]},none", {"ok"});
+    char argument[] = "[{Typ[CPU]}]},none", value[] = "ok";
+    EXPECT_EQ(HeapText(ConvertToValueIndex(argument, value, -1)).str(), "0");
 }
 
 TEST_F(Placeholders, EnumerationOutput) {

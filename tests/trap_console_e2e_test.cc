@@ -93,6 +93,13 @@ TEST(TrapReceive, SameSecondDistinctIdentifiers) {
     EXPECT_EQ(ids.size(), names.size());
     EXPECT_GT(*ids.rbegin(), newest);
     EXPECT_LE(*ids.rbegin(), static_cast<unsigned long long>(std::time(nullptr)) + kProcesses + kSamples);
+    // The last identifier is written over the old text in place; a longer
+    // old text does not leave its tail behind.
+    const std::string counter = Site(server) + "/traps/.trapid";
+    EXPECT_EQ(kx::test::ReadFile(counter), std::to_string(*ids.rbegin()) + "\n");
+    std::ofstream(counter) << "9999999998\n and a stale tail\n";
+    ASSERT_FALSE(Receive(server, trap).empty());
+    EXPECT_EQ(kx::test::ReadFile(counter), "9999999999\n");
 }
 
 // snmptrap to the receiver, the trap page in Chromium, one line acknowledged

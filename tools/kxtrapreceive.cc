@@ -223,8 +223,8 @@ public:
         if (fd_ >= 0 && flock(fd_, LOCK_EX) != 0) Close();
         if (fd_ < 0) return;
         char text[32] = {};
-        const ssize_t length = pread(fd_, text, sizeof text - 1, 0);
-        const unsigned long long last = length > 0 ? std::strtoull(text, nullptr, 10) : NewestStored(directory);
+        stored_ = pread(fd_, text, sizeof text - 1, 0);
+        const unsigned long long last = stored_ > 0 ? std::strtoull(text, nullptr, 10) : NewestStored(directory);
         id_ = std::max<unsigned long long>(static_cast<unsigned long long>(std::time(nullptr)), last + 1);
     }
     ~IdentifierClaim() { Close(); }
@@ -234,9 +234,13 @@ public:
     bool held() const { return fd_ >= 0; }
     unsigned long long id() const { return id_; }
     // Records the identifier as handed out; the lock goes with the object.
+    // Identifiers never get shorter, so the text is written over the old one
+    // in place: truncating first costs a journal commit of its own on ext4
+    // (auto_da_alloc), as much as the trap file's fsync.
     bool Commit() {
         const std::string text = std::to_string(id_) + "\n";
-        return ftruncate(fd_, 0) == 0 && pwrite(fd_, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
+        const auto length = static_cast<ssize_t>(text.size());
+        return pwrite(fd_, text.data(), text.size(), 0) == length && (stored_ <= length || ftruncate(fd_, length) == 0);
     }
 
 private:
@@ -246,6 +250,7 @@ private:
     }
     std::string path_;
     int fd_ = -1;
+    ssize_t stored_ = 0;  // the length of the text the file held
     unsigned long long id_ = 0;
 };
 

@@ -148,6 +148,21 @@ static const char *Current(EingabeElement *list, int count, const char *name) {
     return list[index].Wert ? list[index].Wert + list[index].WertPosition : list[index].Vorgabe;
 }
 
+/* The page's meta refresh reloads this very page after "RefreshSeconds":
+ * anything but a plain number of seconds (a "0; url=..." among them) would
+ * send the browser elsewhere, so such a value gives way to the default
+ * before it is saved or shown. */
+static const char kRefreshDefault[] = "60";
+static const size_t kRefreshDigits = 5;
+
+static void PlainRefresh(EingabeElement *list, int count) {
+    const char *seconds = Current(list, count, "RefreshSeconds");
+    if (seconds == NULL) return;
+    const size_t digits = strspn(seconds, "0123456789");
+    if (digits == 0 || digits > kRefreshDigits || seconds[digits] != '\0')
+        SetEingabeWert(count, list, "RefreshSeconds", kRefreshDefault);
+}
+
 /* The signed-in operator has a user id (a new one on the first page) and a
  * profile named after them: a posted "SaveSettings" writes the page's
  * settings into it, every other request reads them from it. The library
@@ -228,7 +243,9 @@ static const char *Prepare(char *request, const char *program, struct Token *tok
     WertzuweisungEingabe(assignments, request, count, list, "~");
     /* The form carries the session's token, whatever the request sent. */
     SetEingabeWert(*count, *list, kTokenName, token->text);
+    PlainRefresh(*list, *count);
     OperatorProfile(*list, *count);
+    PlainRefresh(*list, *count);
     ColumnStyle(*list, *count);
     const char *page = Current(*list, *count, "Page");
     if (page != NULL && strcmp(HTMLBasename(page), "traps.htm") == 0) TrapPage(*list, *count);
