@@ -122,9 +122,9 @@ char *ReplayLine(Invocation &inv) {
     Level &level = inv.Current();
     Body &body = level.Active();
     if (level.lineIndex >= body.lines.size()) return nullptr;
-    if (body.lasts.size() < body.lines.size()) body.lasts.resize(body.lines.size());
+    if (body.forms.size() < body.lines.size()) body.forms.resize(body.lines.size());
     NestingGuard::StartLine(body.lines[level.lineIndex].size());
-    return inv.StartText(body.lines[level.lineIndex].data(), &body.lasts[level.lineIndex]);
+    return inv.StartText(body.lines[level.lineIndex].data(), &body.forms[level.lineIndex]);
 }
 
 // Enters a level that replays a body: line 1 follows the directive.

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "template/line_form.h"
+
 namespace kx::tmpl {
 
 // Levels of a call: 0 is the page outside any CYCLE block, 1 to 4 the nested
@@ -21,20 +23,11 @@ inline constexpr int kLevelCount = 5;
 // What a level is doing with its CYCLE block.
 enum class CycleState { Idle, Collecting, Replaying };
 
-// Where the last "DEFINE" and the last IF comment of a stored line begin
-// (offsets from its start, -1 for none), found at the line's first replay
-// and reused by every later row.
-struct LineLasts {
-    bool known = false;
-    std::ptrdiff_t define = -1;
-    std::ptrdiff_t ifComment = -1;
-};
-
 // One CYCLE block's body. Line 0 is the CYCLE directive, the last line the
 // /CYCLE directive.
 struct Body {
     std::vector<std::string> lines;
-    std::vector<LineLasts> lasts;       // beside lines, filled as they are replayed
+    std::vector<LineForm> forms;        // beside lines, made as they are replayed
     // Lines that hold a nested CYCLE directive, with the index of its body
     // at the next level.
     std::vector<std::pair<size_t, size_t>> nested;

@@ -73,7 +73,7 @@ struct Invocation {
     bool lastsKnown = false;
     const char *lastDefine = nullptr;
     const char *lastIfComment = nullptr;
-    LineLasts *lastsKept = nullptr; // a stored line's, found once for all its rows
+    LineForm *form = nullptr; // a stored line's parsed form, kept for all its rows
     char message[KX_MESSAGE_SIZE] = {};
 
     int lineCounter = 1;
@@ -95,8 +95,8 @@ struct Invocation {
     int CycleIndex() const;
     void Write(std::string_view piece);
     // text becomes the text processed; returns it. A stored line passes
-    // where its lasts are kept.
-    char *StartText(char *text, LineLasts *kept = nullptr);
+    // its parsed form.
+    char *StartText(char *text, LineForm *form = nullptr);
     // A "DEFINE" / an IF comment begins at pos or after it.
     bool DefineFrom(const char *pos) {
         FindLasts();

@@ -308,28 +308,28 @@ const char *LastOf(const char *text, const char *word) {
 
 }  // namespace
 
-char *Invocation::StartText(char *text, LineLasts *kept) {
+char *Invocation::StartText(char *text, LineForm *kept) {
     textStart = text;
     lastsKnown = false;
-    lastsKept = kept;
+    form = kept;
     return text;
 }
 
 void Invocation::FindLasts() {
     if (lastsKnown) return;
     lastsKnown = true;
-    if (lastsKept != nullptr && lastsKept->known) {
-        lastDefine = lastsKept->define < 0 ? nullptr : textStart + lastsKept->define;
-        lastIfComment = lastsKept->ifComment < 0 ? nullptr : textStart + lastsKept->ifComment;
+    if (form != nullptr && form->lastsKnown) {
+        lastDefine = form->lastDefine < 0 ? nullptr : textStart + form->lastDefine;
+        lastIfComment = form->lastIfComment < 0 ? nullptr : textStart + form->lastIfComment;
         return;
     }
     lastDefine = LastOf(textStart, "DEFINE");
     lastIfComment = std::max(LastOf(textStart, kIfComment.data()), LastOf(textStart, kIfScriptComment.data()),
                              std::less<>());
-    if (lastsKept == nullptr) return;
-    lastsKept->known = true;
-    lastsKept->define = lastDefine == nullptr ? -1 : lastDefine - textStart;
-    lastsKept->ifComment = lastIfComment == nullptr ? -1 : lastIfComment - textStart;
+    if (form == nullptr) return;
+    form->lastsKnown = true;
+    form->lastDefine = lastDefine == nullptr ? -1 : lastDefine - textStart;
+    form->lastIfComment = lastIfComment == nullptr ? -1 : lastIfComment - textStart;
 }
 
 void Invocation::ClearName() {
