@@ -219,12 +219,11 @@ bool ReadLogicalLine(Invocation &inv, TemplateReader *in, const char *text) {
 // each line.
 bool CopyPlainLines(Invocation &inv, TemplateReader &in) {
     if (inv.cycle.level != 0 || inv.Current().skip || inv.ifPrefix || inv.deleteCopyright) return false;
-    const char stops[] = {'{', inv.markersDefined ? inv.startMarker[0] : '{'};
-    const size_t distinct = stops[1] == stops[0] ? 1 : 2;
     int lines = 0;
-    const std::string_view run = in.TakePlainLines({stops, distinct}, &lines);
+    const std::string_view run = in.TakePlainLines('{', inv.markersDefined ? inv.startMarker[0] : '{', &lines);
     if (run.empty()) return false;
-    inv.Write(run);
+    // A run is most of a read block: it goes to the page without a copy.
+    inv.page->WriteThrough(run);
     inv.lineCounter += lines;
     return true;
 }

@@ -37,10 +37,10 @@ public:
     // Puts the next physical line, its line feed included, at `at` in line
     // (grown to hold it) followed by a NUL. False at the end of the file.
     bool ReadLine(LineBuffer &line, size_t at);
-    // Takes the whole lines from here on that hold none of `stops` and no
-    // NUL; *lines is their number. Empty when the next line holds one, or is
-    // not read whole yet.
-    std::string_view TakePlainLines(std::string_view stops, int *lines);
+    // Takes the whole lines from here on that hold neither stop nor a NUL;
+    // *lines is their number. Empty when the next line holds one, or is not
+    // read whole yet.
+    std::string_view TakePlainLines(char stop, char otherStop, int *lines);
 
 private:
     bool Fill();
