@@ -127,6 +127,12 @@ const Golden kFilePages[] = {
      "<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n{short}\n<!{/CYCLE}>\n<!{/CYCLE}>\n<!{/CYCLE}>\n"
      "<!{/CYCLE}>\n<!{/CYCLE}>\nend\n",
      "<!{CYCLE}>\n1\n<!{/CYCLE}>\n<!{CYCLE}>\n2\n<!{/CYCLE}>\nend\n"},
+    {"rows of known, unknown and other placeholders",
+     "<!{CYCLE}>\n<i>{name}|{nope}|{user}|{img}.gif|{short}{=?y:n}|{list}</i>\n<!{/CYCLE}>\n",
+     "<i>a|{nope}|bob|my%20pic.gif|y|x</i>\n<i>b|{nope}|bob|my%20pic.gif|y|y</i>\n<i>c|{nope}|bob|my%20pic.gif|n|z</i>\n"},
+    {"an entry declared by a skipped DEFINE in a row is found by the next rows",
+     "<!{CYCLE}>\n[{late}{name}]\n<!{IF name==b}>\n<!{DEFINE late {name}}>\n<!{/IF}>\n<!{/CYCLE}>\n",
+     "[{late}a]\n[ab]\n[bc]\n"},
     {"four levels nest", "<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n<!{CYCLE}>\n{short}{CycleCount}\n<!{/CYCLE}>\n<!{/CYCLE}>\n"
      "<!{/CYCLE}>\n<!{/CYCLE}>\n", "10\n21\n"},
 };
@@ -243,6 +249,12 @@ TEST_F(Template, LongUnbalancedAndDeepTemplates) {
     EXPECT_EQ(Page(joined + "er}\n"), "bob\n") << "a long logical line joins many lines";
     const std::string open(5000, '{'), close(5000, '}');
     EXPECT_EQ(Page("x" + open + "\n"), "x" + open + "\n");
+    const std::string wide(100000, 'w');
+    EXPECT_EQ(Page(wide + "{user}\n" + wide + "\n"), wide + "bob\n" + wide + "\n") << "lines wider than a read";
+    std::string rows;
+    for (int i = 0; i < 20000; ++i) rows += "row\n";
+    EXPECT_NE(Page(rows + "{ab\n").find("Error line 20001:"), std::string::npos) << "plain lines count";
+    EXPECT_EQ(Page(std::string("a\0b\n{user}\0c\nd\n", 15)), "abobd\n") << "a NUL ends its line's text";
     EXPECT_FALSE(Page("{user" + open + "a" + close + "}\n").empty());
     EXPECT_FALSE(Evaluate(("{DEFINE d " + open + "user" + close + "}").c_str()).empty());
 }
