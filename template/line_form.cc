@@ -1,18 +1,24 @@
-// Replaying a stored cycle line of text and plain placeholders from its
-// parsed form: each row writes the text runs and the values of the entries
-// found at the first row, with none of the searches a line otherwise takes.
-// Any line or row the form does not cover goes the general way.
+// Replaying a stored cycle line from its parsed form: each row writes the
+// text runs and the values of the entries found at the first row, with none
+// of the searches a line otherwise takes, and a line whose first placeholder
+// is the closing /CYCLE ends the iteration at once. Any line or row the form
+// does not cover goes the general way.
 #include "template/line_form.h"
 
 #include <cctype>
 #include <cstring>
+#include <string>
 #include <string_view>
 
+#include "template/cycle.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
 
 namespace kx::tmpl {
 namespace {
+
+constexpr const char *kCycleEnd = "{/CYCLE}";
+constexpr size_t kCycleEndLength = std::char_traits<char>::length(kCycleEnd);
 
 bool NameCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 
@@ -41,6 +47,12 @@ void Parse(Invocation &inv, LineForm &form) {
         inv.IfCommentFrom(inv.textStart))
         return;
     const char *text = inv.textStart;
+    const char *first = std::strchr(text, '{');
+    if (first != nullptr && std::strncmp(first, kCycleEnd, kCycleEndLength) == 0 &&
+        PairIt(first, "{", "}") == first + kCycleEndLength - 1) {
+        form.shape = LineForm::Shape::CycleEnd;
+        return;
+    }
     const char *pos = text;
     std::vector<PlainSlot> slots;
     for (const char *start = std::strchr(pos, '{'); start != nullptr; start = std::strchr(pos, '{')) {
@@ -79,12 +91,19 @@ bool Resolve(Invocation &inv, PlainSlot &slot) {
 
 }  // namespace
 
-bool ReplayPlainLine(Invocation &inv) {
+bool ReplayFromForm(Invocation &inv, char **next) {
     LineForm *form = inv.form;
     if (form == nullptr || inv.stringMode || inv.ifPrefix || inv.Current().skip || inv.Collecting() ||
         _InCreateValueFromControl != 0)
         return false;
     if (form->shape == LineForm::Shape::Unparsed) Parse(inv, *form);
+    if (form->shape == LineForm::Shape::CycleEnd) {
+        // A /CYCLE refused as text, or met outside a replay, goes the general way.
+        if (inv.cycle.refused != 0 || !inv.Replaying()) return false;
+        inv.message[0] = '\0';
+        *next = EndCycle(inv, Placeholder{}, inv.textStart);
+        return true;
+    }
     if (form->shape != LineForm::Shape::Plain) return false;
     for (PlainSlot &slot : form->slots)
         if (!Resolve(inv, slot)) return false;
@@ -95,6 +114,7 @@ bool ReplayPlainLine(Invocation &inv) {
         WriteKnown(inv, slot.index);
     }
     inv.Write(text + form->tail);
+    *next = LineEnds(inv);
     return true;
 }
 

@@ -1,6 +1,7 @@
 // The parsed form of a stored cycle line, made at its first replay and
-// reused by every later row: where its last "DEFINE" and IF comment begin,
-// and, for a line of text and plain placeholders only, its pieces.
+// reused by every later row: where its last "DEFINE" and IF comment begin;
+// for a line of text and plain placeholders only, its pieces; whether it is
+// the line of the body's closing /CYCLE.
 #ifndef KX_TEMPLATE_LINE_FORM_H
 #define KX_TEMPLATE_LINE_FORM_H
 
@@ -30,7 +31,7 @@ struct LineForm {
     std::ptrdiff_t lastDefine = -1;
     std::ptrdiff_t lastIfComment = -1;
 
-    enum class Shape { Unparsed, Plain, Other };
+    enum class Shape { Unparsed, Plain, CycleEnd, Other };
     Shape shape = Shape::Unparsed;
     std::vector<PlainSlot> slots;
     size_t tail = 0; // the text after the last placeholder

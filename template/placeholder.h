@@ -55,8 +55,9 @@ void WriteKnown(Invocation &inv, int index);
 bool ImageName(const char *text);
 
 // A stored line of text and plain placeholders is written whole from its
-// parsed form; false when the line or this row needs the general way.
-bool ReplayPlainLine(Invocation &inv);
+// parsed form, and a stored /CYCLE line ends the iteration; *next is where
+// processing goes on. False when the line or this row needs the general way.
+bool ReplayFromForm(Invocation &inv, char **next);
 
 }  // namespace kx::tmpl
 
