@@ -1,6 +1,6 @@
 // File-mode throughput of the template processor on 16 MiB templates, one
 // without placeholders and one dense with them, against copying the same
-// bytes with fread/fwrite.
+// bytes with fread/fwrite through a buffer of the same 64 KiB.
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -36,7 +36,8 @@ std::string Repeated(const char *line, size_t size) {
 
 void Copy(const std::string &path, FILE *sink) {
     FILE *in = std::fopen(path.c_str(), "r");
-    char buffer[4096];
+    // The same block size as the page engine's reads and page buffer.
+    static char buffer[64 * 1024];
     for (size_t got; (got = std::fread(buffer, 1, sizeof buffer, in)) > 0;) std::fwrite(buffer, 1, got, sink);
     std::fclose(in);
 }
@@ -47,6 +48,7 @@ void Measure(const char *name, const std::string &path, List &list, FILE *sink) 
     }, 3);
     const double copy = kx::bench::BestSeconds([&] { Copy(path, sink); }, 3);
     kx::bench::PrintRate(name, static_cast<double>(kVolume), page, "fread/fwrite", copy);
+    std::printf("%-32s %10.2f\n", "  time, page engine / copy", page / copy);
 }
 
 }  // namespace

@@ -10,10 +10,20 @@ namespace {
 // Shorter lists are walked: building the index would cost more.
 constexpr int kIndexedFrom = 16;
 
+// So are the first lookups in a list not yet indexed: an operation that
+// looks up a few names (a page of one cycle row) walks the list a few times
+// instead of indexing every name of a long list; indexing it costs about as
+// much as a thousand walks.
+constexpr int kWalkedLookups = 32;
+
 }  // namespace
 
 int NameIndex::Find(const EingabeElement *list, int count, std::string_view name) {
     if (list == nullptr || count < kIndexedFrom) return FindEntry(list, count, name);
+    if (names_.empty() && walked_ < kWalkedLookups) {
+        ++walked_;
+        return FindEntry(list, count, name);
+    }
     Follow(list, count);
     auto hit = first_.find(name);
     if (hit != first_.end() && Holds(list, hit->second, name)) return hit->second;

@@ -35,6 +35,7 @@ private:
 
     std::vector<const char *> names_;  // each indexed entry's Name, as indexed
     std::unordered_map<std::string, int, Hash, std::equal_to<>> first_;
+    int walked_ = 0; // lookups answered by walking the list before indexing it
 };
 
 }  // namespace kx::core

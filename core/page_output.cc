@@ -44,6 +44,11 @@ void PageOutput::WriteBlock(std::string_view piece) {
     std::fwrite(piece.data(), 1, piece.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
 }
 
+void PageOutput::WriteThrough(std::string_view piece) {
+    Flush();
+    std::fwrite(piece.data(), 1, piece.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
+}
+
 void FlushPageOutput() {
     if (PageOutput *running = Running()) running->Flush();
 }

@@ -28,6 +28,9 @@ public:
         if (pending_.size() + piece.size() <= kPageBlockSize) pending_.append(piece);
         else WriteBlock(piece);
     }
+    // A large piece goes to the stream as it stands, after what is pending,
+    // instead of through the buffer.
+    void WriteThrough(std::string_view piece);
     // Writes what is pending to the page stream (_Utilsfpout, else stdout).
     void Flush();
 

@@ -101,9 +101,10 @@ void Record(Body &body, const EingabeElement *list, int index) {
 
 // The indices of the entries whose Name texts the body recorded, in list
 // order: where each was recorded, or found again when the list has changed
-// since.
-std::vector<int> RecordedIndices(const Invocation &inv, const Body &body) {
-    std::vector<int> indices;
+// since. They are put in the engine's room kept for them, which is returned.
+const std::vector<int> &RecordedIndices(Invocation &inv, const Body &body) {
+    std::vector<int> &indices = inv.cycle.stepped;
+    indices.clear();
     for (size_t k = 0; k < body.recorded.size(); ++k) {
         int at = body.recordedAt[k];
         if (at >= *inv.pCount || List(inv)[at].Name != body.recorded[k]) {
@@ -121,8 +122,9 @@ char *ReplayLine(Invocation &inv) {
     Level &level = inv.Current();
     Body &body = level.Active();
     if (level.lineIndex >= body.lines.size()) return nullptr;
+    if (body.forms.size() < body.lines.size()) body.forms.resize(body.lines.size());
     NestingGuard::StartLine(body.lines[level.lineIndex].size());
-    return inv.StartText(body.lines[level.lineIndex].data());
+    return inv.StartText(body.lines[level.lineIndex].data(), &body.forms[level.lineIndex]);
 }
 
 // Enters a level that replays a body: line 1 follows the directive.

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "template/line_form.h"
+
 namespace kx::tmpl {
 
 // Levels of a call: 0 is the page outside any CYCLE block, 1 to 4 the nested
@@ -25,6 +27,7 @@ enum class CycleState { Idle, Collecting, Replaying };
 // /CYCLE directive.
 struct Body {
     std::vector<std::string> lines;
+    std::vector<LineForm> forms;        // beside lines, made as they are replayed
     // Lines that hold a nested CYCLE directive, with the index of its body
     // at the next level.
     std::vector<std::pair<size_t, size_t>> nested;
@@ -76,6 +79,7 @@ struct CycleEngine {
     int refused = 0;       // CYCLE directives refused at the deepest level, still open
     long iterations = 0;   // iterations replayed by this call
     std::vector<ValueMark> marks; // the lists stepped by the replays
+    std::vector<int> stepped;     // room for the entries an iteration steps, kept between rows
 
     Level &Current() { return levels[level]; }
     bool Collecting() const { return levels[level].state == CycleState::Collecting; }

@@ -14,13 +14,14 @@
 #include "core/name_index.h"
 #include "core/page_output.h"
 #include "template/cycle_state.h"
+#include "template/template_reader.h"
 
 namespace kx::tmpl {
 
 // The line buffer holds at least this many bytes; more for a larger input.
 inline constexpr size_t kLineBufferMinimum = 4096;
 
-// Room kept after the input's own size in the line buffer.
+// Room kept after the input's own size in a buffer sized from the input.
 inline constexpr size_t kLineBufferHeadroom = 10;
 
 // The openings of a line's IF comment, both of the same length.
@@ -63,7 +64,7 @@ struct Invocation {
     std::string endMarker;
     bool markersDefined = false;
 
-    std::vector<char> line; // the line buffer, never grown
+    LineBuffer line; // the line buffer: a string-mode text's size, grown on demand for a file
     char *textStart = nullptr; // the text being processed
     // Where the last "DEFINE" and the last IF comment ("<!{IF ", "//{IF ")
     // of the text begin (nullptr: none), found once per text when first
@@ -72,6 +73,7 @@ struct Invocation {
     bool lastsKnown = false;
     const char *lastDefine = nullptr;
     const char *lastIfComment = nullptr;
+    LineForm *form = nullptr; // a stored line's parsed form, kept for all its rows
     char message[KX_MESSAGE_SIZE] = {};
 
     int lineCounter = 1;
@@ -92,8 +94,9 @@ struct Invocation {
     bool Replaying() const { return cycle.Replaying(); }
     int CycleIndex() const;
     void Write(std::string_view piece);
-    // text becomes the text processed; returns it.
-    char *StartText(char *text);
+    // text becomes the text processed; returns it. A stored line passes
+    // its parsed form.
+    char *StartText(char *text, LineForm *form = nullptr);
     // A "DEFINE" / an IF comment begins at pos or after it.
     bool DefineFrom(const char *pos) {
         FindLasts();

@@ -151,7 +151,10 @@ char *Step(Invocation &inv, char *pos) {
 void ProcessText(Invocation &inv, char *text) {
     NestingGuard::StartLine(std::strlen(text));
     inv.StartText(text);
-    for (char *pos = text; pos != nullptr;) pos = Step(inv, pos);
+    for (char *pos = text; pos != nullptr;) {
+        char *next = nullptr;
+        pos = pos == inv.textStart && ReplayFromForm(inv, &next) ? next : Step(inv, pos);
+    }
     inv.ClearName();
 }
 

@@ -79,30 +79,6 @@ char *Unknown(Invocation &inv, const Placeholder &ph) {
     return after;
 }
 
-bool ImageNameCharacter(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
-}
-
-// A value that forms part of an image file name is written URL-encoded: the
-// text after the placeholder holds an image ending, the first of them found,
-// with only letters, digits, "-" and "_" before it. None of the endings can
-// start among those characters, so an ending right after them is the first
-// occurrence of its kind; only when a later ending of the list stands there
-// must the whole text be searched for the earlier ones.
-bool ImageName(const char *text) {
-    if (strnlen(text, kImageEndingLength + 1) <= kImageEndingLength) return false;
-    const char *stop = text;
-    while (ImageNameCharacter(*stop)) ++stop;
-    if (*stop != '.') return false;
-    for (size_t i = 0; i < std::size(kImageEndings); ++i) {
-        if (!StartsWith(stop, kImageEndings[i])) continue;
-        for (size_t earlier = 0; earlier < i; ++earlier)
-            if (std::strstr(text, kImageEndings[earlier]) != nullptr) return false;
-        return true;
-    }
-    return false;
-}
-
 // A control may follow the placeholder ("{name}{=...}") or be the
 // placeholder ("{=_type.x==1?a:b}"). Returns the characters it adds after M.
 int RunControl(Invocation &inv, Placeholder &ph, int index, char **owned) {
@@ -187,6 +163,43 @@ void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *o
 }
 
 }  // namespace
+
+namespace {
+
+bool ImageNameCharacter(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
+}
+
+}  // namespace
+
+// A value that forms part of an image file name is written URL-encoded: the
+// text after the placeholder holds an image ending, the first of them found,
+// with only letters, digits, "-" and "_" before it. None of the endings can
+// start among those characters, so an ending right after them is the first
+// occurrence of its kind; only when a later ending of the list stands there
+// must the whole text be searched for the earlier ones.
+bool ImageName(const char *text) {
+    if (strnlen(text, kImageEndingLength + 1) <= kImageEndingLength) return false;
+    const char *stop = text;
+    while (ImageNameCharacter(*stop)) ++stop;
+    if (*stop != '.') return false;
+    for (size_t i = 0; i < std::size(kImageEndings); ++i) {
+        if (!StartsWith(stop, kImageEndings[i])) continue;
+        for (size_t earlier = 0; earlier < i; ++earlier)
+            if (std::strstr(text, kImageEndings[earlier]) != nullptr) return false;
+        return true;
+    }
+    return false;
+}
+
+void WriteKnown(Invocation &inv, int index) {
+    CountIterations(inv, index, -1);
+    {
+        const CycleValue value(inv, index);
+        WritePlain(inv, FileModeValue(inv, EntryAt(inv.pCount, inv.pList, index), index, -1));
+    }
+    RecordEntry(inv, index);
+}
 
 char *Ordinary(Invocation &inv, Placeholder &ph, char *pos) {
     WritePrefix(inv, pos, ph.P);

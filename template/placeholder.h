@@ -47,6 +47,18 @@ char *Define(Invocation &inv, const Placeholder &ph, char *pos);
 // An ordinary placeholder: writes the text before it and its value.
 char *Ordinary(Invocation &inv, Placeholder &ph, char *pos);
 
+// The value of a plain placeholder of entry index, with no control, value
+// index, doubling or image name, and its cycle bookkeeping (file mode).
+void WriteKnown(Invocation &inv, int index);
+
+// The text after a placeholder makes its value part of an image file name.
+bool ImageName(const char *text);
+
+// A stored line of text and plain placeholders is written whole from its
+// parsed form, and a stored /CYCLE line ends the iteration; *next is where
+// processing goes on. False when the line or this row needs the general way.
+bool ReplayFromForm(Invocation &inv, char **next);
+
 }  // namespace kx::tmpl
 
 #endif

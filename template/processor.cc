@@ -62,7 +62,8 @@ void TakeMarkers(Invocation &inv) {
 }
 
 void AllocateLine(Invocation &inv, size_t inputSize) {
-    inv.line.assign(std::max(kLineBufferMinimum, inputSize + kLineBufferHeadroom), '\0');
+    inv.line.Reserve(std::max(kLineBufferMinimum, inputSize + kLineBufferHeadroom));
+    inv.line[0] = '\0';
 }
 
 // "EscapeHtml": only the definition's default counts, so that no request can
@@ -102,7 +103,6 @@ void DeclarePageTexts(Invocation &inv) {
         if (!decoded) continue;
         AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded.Get(), 1, inv.pageTexts.Value(i));
     }
-    std::fill(inv.line.begin(), inv.line.end(), '\0');
 }
 
 // The part of a logical line read so far: [0, writePos) is complete, then
@@ -114,24 +114,32 @@ struct LineCursor {
 
 enum class Read { Piece, End, Abort, Full };
 
-Read ReadPiece(Invocation &inv, FILE *in, const char *text, size_t at) {
-    char *place = inv.line.data() + at;
-    const size_t space = inv.line.size() - at;
-    if (space < kLeastReadSpace) return Read::Full;
-    if (in == nullptr) {
+// The first line of a template whose copyright comment is removed is read
+// straight from the stream, which the removal goes on reading.
+Read ReadFirstWithoutComment(Invocation &inv, FILE *in) {
+    inv.deleteCopyright = false;
+    char *place = inv.line.data();
+    const size_t space = inv.line.size();
+    if (std::fgets(place, static_cast<int>(std::min<size_t>(space, INT32_MAX)), in) == nullptr)
+        return Read::End;
+    const int skipped = DeleteComment(in, place, static_cast<int>(std::min<size_t>(space, INT32_MAX)));
+    if (skipped == -1) return Read::Abort;
+    if (skipped > 0) inv.lineCounter += skipped;
+    return Read::Piece;
+}
+
+Read ReadPiece(Invocation &inv, TemplateReader *reader, const char *text, size_t at) {
+    if (reader == nullptr) {
+        if (inv.line.size() - at < kLeastReadSpace) return Read::Full;
         if (inv.passes > 0 || at > 0 || text == nullptr) return Read::End;
         inv.passes = 1;
         // The line buffer is sized from the text, NUL included.
-        std::memcpy(place, text, std::strlen(text) + 1);
-    } else {
-        if (std::fgets(place, static_cast<int>(std::min<size_t>(space, INT32_MAX)), in) == nullptr)
-            return Read::End;
-        if (inv.deleteCopyright) {
-            inv.deleteCopyright = false;
-            const int skipped = DeleteComment(in, place, static_cast<int>(space));
-            if (skipped == -1) return Read::Abort;
-            if (skipped > 0) inv.lineCounter += skipped;
-        }
+        std::memcpy(inv.line.data() + at, text, std::strlen(text) + 1);
+    } else if (inv.deleteCopyright) {
+        const Read first = ReadFirstWithoutComment(inv, reader->Stream());
+        if (first != Read::Piece) return first;
+    } else if (!reader->ReadLine(inv.line, at)) {
+        return Read::End;
     }
     ++inv.lineCounter;
     return Read::Piece;
@@ -189,7 +197,7 @@ void ReportUnfinished(Invocation &inv, const LineCursor &cursor) {
 }
 
 // Reads the pieces of one logical line. False at the end of the input.
-bool ReadLogicalLine(Invocation &inv, FILE *in, const char *text) {
+bool ReadLogicalLine(Invocation &inv, TemplateReader *in, const char *text) {
     LineCursor cursor;
     inv.lineStart = inv.lineCounter;
     for (;;) {
@@ -206,8 +214,24 @@ bool ReadLogicalLine(Invocation &inv, FILE *in, const char *text) {
     }
 }
 
-void Run(Invocation &inv, FILE *in, const char *text) {
-    while (ReadLogicalLine(inv, in, text)) {
+// At the page's own level, with no IF withholding text, whole lines that
+// cannot open a placeholder are written as they stand, without a pass over
+// each line.
+bool CopyPlainLines(Invocation &inv, TemplateReader &in) {
+    if (inv.cycle.level != 0 || inv.Current().skip || inv.ifPrefix || inv.deleteCopyright) return false;
+    int lines = 0;
+    const std::string_view run = in.TakePlainLines('{', inv.markersDefined ? inv.startMarker[0] : '{', &lines);
+    if (run.empty()) return false;
+    // A run is most of a read block: it goes to the page without a copy.
+    inv.page->WriteThrough(run);
+    inv.lineCounter += lines;
+    return true;
+}
+
+void Run(Invocation &inv, TemplateReader *in, const char *text) {
+    for (;;) {
+        while (in != nullptr && CopyPlainLines(inv, *in)) {}
+        if (!ReadLogicalLine(inv, in, text)) return;
         ProcessText(inv, inv.line.data());
         ++inv.passes;
         if (inv.stringMode) return;
@@ -230,7 +254,7 @@ void CheckUserId(Invocation &inv) {
 void RunFile(Invocation &inv) {
     inv.page.emplace();
     const long size = KXUtilsFileSize(inv.path.c_str());
-    AllocateLine(inv, size > 0 ? static_cast<size_t>(size) : 0);
+    AllocateLine(inv, 0);
     CheckUserId(inv);
     DeclarePageTexts(inv);
     TakeMarkers(inv);
@@ -242,8 +266,12 @@ void RunFile(Invocation &inv) {
         return;
     }
     inv.deleteCopyright = DeleteCopyrightWanted(inv);
+    // The comment's removal reads the first lines with fgets, into a buffer
+    // that holds any line of the file.
+    if (inv.deleteCopyright) AllocateLine(inv, size > 0 ? static_cast<size_t>(size) : 0);
     inv.escapeHtml = EscapeHtmlWanted(inv);
-    Run(inv, in.get(), nullptr);
+    TemplateReader reader(in.get());
+    Run(inv, &reader, nullptr);
 }
 
 void RunString(Invocation &inv, const char *text) {
@@ -279,18 +307,28 @@ const char *LastOf(const char *text, const char *word) {
 
 }  // namespace
 
-char *Invocation::StartText(char *text) {
+char *Invocation::StartText(char *text, LineForm *kept) {
     textStart = text;
     lastsKnown = false;
+    form = kept;
     return text;
 }
 
 void Invocation::FindLasts() {
     if (lastsKnown) return;
     lastsKnown = true;
+    if (form != nullptr && form->lastsKnown) {
+        lastDefine = form->lastDefine < 0 ? nullptr : textStart + form->lastDefine;
+        lastIfComment = form->lastIfComment < 0 ? nullptr : textStart + form->lastIfComment;
+        return;
+    }
     lastDefine = LastOf(textStart, "DEFINE");
     lastIfComment = std::max(LastOf(textStart, kIfComment.data()), LastOf(textStart, kIfScriptComment.data()),
                              std::less<>());
+    if (form == nullptr) return;
+    form->lastsKnown = true;
+    form->lastDefine = lastDefine == nullptr ? -1 : lastDefine - textStart;
+    form->lastIfComment = lastIfComment == nullptr ? -1 : lastIfComment - textStart;
 }
 
 void Invocation::ClearName() {

@@ -136,6 +136,12 @@ TEST_F(Template, LongUnbalancedAndDeepTemplates) {
     EXPECT_EQ(Page(joined + "er}\n"), "bob\n") << "a long logical line joins many lines";
     const std::string open(5000, '{'), close(5000, '}');
     EXPECT_EQ(Page("x" + open + "\n"), "x" + open + "\n");
+    const std::string wide(100000, 'w');
+    EXPECT_EQ(Page(wide + "{user}\n" + wide + "\n"), wide + "bob\n" + wide + "\n") << "lines wider than a read";
+    std::string rows;
+    for (int i = 0; i < 20000; ++i) rows += "row\n";
+    EXPECT_NE(Page(rows + "{ab\n").find("Error line 20001:"), std::string::npos) << "plain lines count";
+    EXPECT_EQ(Page(std::string("a\0b\n{user}\0c\nd\n", 15)), "abobd\n") << "a NUL ends its line's text";
     EXPECT_FALSE(Page("{user" + open + "a" + close + "}\n").empty());
     EXPECT_FALSE(Evaluate(("{DEFINE d " + open + "user" + close + "}").c_str()).empty());
 }

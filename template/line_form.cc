@@ -1,0 +1,121 @@
+// Replaying a stored cycle line from its parsed form: each row writes the
+// text runs and the values of the entries found at the first row, with none
+// of the searches a line otherwise takes, and a line whose first placeholder
+// is the closing /CYCLE ends the iteration at once. Any line or row the form
+// does not cover goes the general way.
+#include "template/line_form.h"
+
+#include <cctype>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "template/cycle.h"
+#include "template/invocation.h"
+#include "template/placeholder.h"
+
+namespace kx::tmpl {
+namespace {
+
+constexpr const char *kCycleEnd = "{/CYCLE}";
+constexpr size_t kCycleEndLength = std::char_traits<char>::length(kCycleEnd);
+
+bool NameCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+
+// Only a name starting with one of these can be a directive or "CycleCount".
+bool DirectiveStart(char c) { return c == 'I' || c == '/' || c == 'D' || c == 'C'; }
+
+// The plain placeholder at start, if it is one; *after is where its line
+// goes on.
+bool PlainAt(const char *start, PlainSlot *slot, const char **after) {
+    const char *name = start + 1;
+    const char *end = name;
+    while (NameCharacter(*end)) ++end;
+    if (end == name || *end != '}' || DirectiveStart(*name)) return false;
+    // The pairing rules may take another end (after "javascript").
+    if (PairIt(start, "{", "}") != end) return false;
+    const char *rest = end + 1;
+    if ((rest[0] == '{' && rest[1] == '=') || ImageName(rest)) return false;
+    slot->nameLength = static_cast<size_t>(end - name);
+    *after = rest;
+    return true;
+}
+
+void Parse(Invocation &inv, LineForm &form) {
+    form.shape = LineForm::Shape::Other;
+    if (inv.startMarker != "{" || inv.endMarker != "}" || inv.DefineFrom(inv.textStart) ||
+        inv.IfCommentFrom(inv.textStart))
+        return;
+    const char *text = inv.textStart;
+    const char *first = std::strchr(text, '{');
+    if (first != nullptr && std::strncmp(first, kCycleEnd, kCycleEndLength) == 0 &&
+        PairIt(first, "{", "}") == first + kCycleEndLength - 1) {
+        form.shape = LineForm::Shape::CycleEnd;
+        return;
+    }
+    const char *pos = text;
+    std::vector<PlainSlot> slots;
+    for (const char *start = std::strchr(pos, '{'); start != nullptr; start = std::strchr(pos, '{')) {
+        PlainSlot slot;
+        slot.prefix = static_cast<size_t>(pos - text);
+        slot.start = static_cast<size_t>(start - text);
+        if (!PlainAt(start, &slot, &pos)) return;
+        slots.push_back(slot);
+    }
+    form.slots = std::move(slots);
+    form.tail = static_cast<size_t>(pos - text);
+    form.shape = LineForm::Shape::Plain;
+}
+
+// The slot's entry in the list as it is now: the one kept while the list,
+// its count and the entry's name are unchanged, else looked up anew. False
+// when no entry has the name.
+bool Resolve(Invocation &inv, PlainSlot &slot) {
+    const EingabeElement *list = *inv.pList;
+    const int count = *inv.pCount;
+    const char *name = inv.textStart + slot.start + 1;
+    if (slot.list == list && slot.count == count && slot.index >= 0 && slot.index < count) {
+        const EingabeElement &entry = list[slot.index];
+        if (entry.Name == slot.name && entry.NameLaenge == slot.nameLength &&
+            std::memcmp(entry.Name, name, slot.nameLength) == 0)
+            return true;
+    }
+    const int index = inv.names.Find(list, count, std::string_view(name, slot.nameLength));
+    if (index >= count) return false;
+    slot.list = list;
+    slot.count = count;
+    slot.name = list[index].Name;
+    slot.index = index;
+    return true;
+}
+
+}  // namespace
+
+bool ReplayFromForm(Invocation &inv, char **next) {
+    LineForm *form = inv.form;
+    if (form == nullptr || inv.stringMode || inv.ifPrefix || inv.Current().skip || inv.Collecting() ||
+        _InCreateValueFromControl != 0)
+        return false;
+    if (form->shape == LineForm::Shape::Unparsed) Parse(inv, *form);
+    if (form->shape == LineForm::Shape::CycleEnd) {
+        // A /CYCLE refused as text, or met outside a replay, goes the general way.
+        if (inv.cycle.refused != 0 || !inv.Replaying()) return false;
+        inv.message[0] = '\0';
+        *next = EndCycle(inv, Placeholder{}, inv.textStart);
+        return true;
+    }
+    if (form->shape != LineForm::Shape::Plain) return false;
+    for (PlainSlot &slot : form->slots)
+        if (!Resolve(inv, slot)) return false;
+    const char *text = inv.textStart;
+    for (const PlainSlot &slot : form->slots) {
+        inv.message[0] = '\0';
+        inv.Write({text + slot.prefix, slot.start - slot.prefix});
+        WriteKnown(inv, slot.index);
+    }
+    inv.Write(text + form->tail);
+    *next = LineEnds(inv);
+    return true;
+}
+
+}  // namespace kx::tmpl

@@ -1,0 +1,42 @@
+// The parsed form of a stored cycle line, made at its first replay and
+// reused by every later row: where its last "DEFINE" and IF comment begin;
+// for a line of text and plain placeholders only, its pieces; whether it is
+// the line of the body's closing /CYCLE.
+#ifndef KX_TEMPLATE_LINE_FORM_H
+#define KX_TEMPLATE_LINE_FORM_H
+
+#include <cstddef>
+#include <vector>
+
+#include "kx_input.h"
+
+namespace kx::tmpl {
+
+// A plain placeholder of a stored line: '{name}' whose name is letters,
+// digits and "_", and that starts no directive, control or image name. The
+// entry it names is kept with the list it was found in.
+struct PlainSlot {
+    size_t prefix = 0;     // the text before it starts here
+    size_t start = 0;      // its start marker
+    size_t nameLength = 0; // the name follows the start marker
+    const EingabeElement *list = nullptr;
+    int count = -1;
+    const char *name = nullptr; // the entry's Name when found
+    int index = -1;
+};
+
+struct LineForm {
+    // Offsets from the line's start, -1 for none.
+    bool lastsKnown = false;
+    std::ptrdiff_t lastDefine = -1;
+    std::ptrdiff_t lastIfComment = -1;
+
+    enum class Shape { Unparsed, Plain, CycleEnd, Other };
+    Shape shape = Shape::Unparsed;
+    std::vector<PlainSlot> slots;
+    size_t tail = 0; // the text after the last placeholder
+};
+
+}  // namespace kx::tmpl
+
+#endif
