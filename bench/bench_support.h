@@ -10,6 +10,7 @@
 #include <string>
 
 #include "kx_input.h"
+#include "kx_list.h"
 
 namespace kx::bench {
 

@@ -56,6 +56,6 @@ int main() {
                     attack * 1e3, attack * 1e3 / static_cast<double>(size >> 10), reference * 1e3,
                     attack / reference);
     }
-    kx::bench::FreeList(list, count);
+    KXFreeEingabeList(list, count);
     return 0;
 }

@@ -31,13 +31,13 @@ struct List {
         count = static_cast<int>(names.size());
         list = static_cast<EingabeElement *>(std::calloc(names.size(), sizeof(EingabeElement)));
         for (int i = 0; i < count; ++i) {
-            list[i].Name = strdup(names[i].c_str());
-            list[i].NameLaenge = static_cast<uint32_t>(names[i].size());
+            list[i].Name = strdup(names[static_cast<size_t>(i)].c_str());
+            list[i].NameLaenge = static_cast<uint32_t>(names[static_cast<size_t>(i)].size());
             list[i].Art = 'n';
         }
         for (const std::string &name : names) pointers.push_back(name.c_str());
     }
-    ~List() { kx::bench::FreeList(list, count); }
+    ~List() { KXFreeEingabeList(list, count); }
     void SetList(const char *name, const std::string &joined) { SetAt(EingabewertIndex(name, list, count), joined); }
     void SetAt(int index, const std::string &joined) {
         SetEingabeWertI(count, list, index, joined.c_str());
@@ -59,7 +59,7 @@ double BestCpuSeconds(Work &&work) {
         clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &start);
         work();
         clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &end);
-        best = std::min(best, static_cast<double>(end.tv_sec - start.tv_sec) + (end.tv_nsec - start.tv_nsec) * 1e-9);
+        best = std::min(best, static_cast<double>(end.tv_sec - start.tv_sec) + static_cast<double>(end.tv_nsec - start.tv_nsec) * 1e-9);
     }
     return best;
 }
