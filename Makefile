@@ -1,5 +1,6 @@
-# make test   set up, build with sanitizers, run the unit tests, the export check
-#             and every fuzz target briefly (CTest's summary comes last)
+# make test   set up, build with sanitizers (the benchmarks too, so that they keep
+#             compiling), run the unit tests, the export check and every fuzz
+#             target briefly (CTest's summary comes last)
 # make bench  optimised build, then every benchmark
 # make demo   the sample console behind a real web server, traps received beside it
 
@@ -21,7 +22,7 @@ deps:
 build: deps
 	cmake -S . -B $(TEST_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-	  -DKX_SANITIZE=ON -DKX_FUZZ=ON -DKX_FUZZ_SECONDS=$(FUZZ_SECONDS)
+	  -DKX_SANITIZE=ON -DKX_FUZZ=ON -DKX_FUZZ_SECONDS=$(FUZZ_SECONDS) -DKX_BENCH=ON
 	cmake --build $(TEST_DIR) -j $(JOBS)
 
 test: build
