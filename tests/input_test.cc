@@ -218,7 +218,8 @@ TEST(TextFunctions, OneCallPerLine) {
 // Every decoder on text placed so that its escapes meet the edges of the
 // 16-byte registers and blocks and of the 64-byte steps: an escape whose
 // digits lie in the next block, a "%" that may start a "%u" escape behind
-// them, the last lanes a block reads; tails of several lengths follow, so
+// them, the last lanes a block reads, the first escape after a run of plain
+// text long enough to be copied in steps; tails of several lengths follow, so
 // that the steps in the text and in a padded copy of the last bytes, and
 // the bytes left behind the last block, take part. (No case is a whole "%u"
 // escape: its first use fixes the locale state for the process, and the
@@ -233,6 +234,7 @@ TEST(UrlCodec, BlockDecodersMatchByteWiseAtEveryEdge) {
         "................................................B"}, {5, "%41%42%43%44%45%46%47", "ABCDEFG"},
         {13, "%41", "A"}, {15, "%41%42+", "AB "}, {14, "%41%uG0", "A%uG0"}, {15, "%u3", "%u3"}, {31, "%4a", "J"},
         {16, "%%%41", "%%A"}, {15, "%4", "%4"}, {14, "%41%4", "A%4"}, {17, "%4+%41", "%4 A"},
+        {207, "%41%42", "AB"}, {200, "%u3+", "%u3 "}, {255, "%41", "A"},
         {3, "%/0%:0%@A%`a%Gf%g1%Ff%aF%\xC6" "1", "%/0%:0%@A%`a%Gf%g1\xFF\xAF%\xC6" "1"},
     };
     const std::vector<kx::input::UrlDecoder> decoders = kx::input::AvailableDecoders();
