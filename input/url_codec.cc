@@ -253,10 +253,11 @@ __attribute__((target("sse2"))) size_t DecodeBlocks(const char *in, size_t size,
 namespace {
 
 // The shuffle that gathers the bytes of an 8-byte half whose lanes are
-// marked in a mask: entry m lists the lanes of m's set bits in order; the
-// lanes after them take index 0x80, which gives a zero byte.
+// marked in a mask: entry m lists the lanes of m's set bits in order,
+// counted from first (0 for the low half of a register, 8 for the high
+// half); the lanes after them take index 0x80, which gives a zero byte.
 using Gather = std::array<uint64_t, 256>;
-constexpr Gather MakeGather() {
+constexpr Gather MakeGather(unsigned first) {
     Gather table{};
     for (unsigned mask = 0; mask < 256; ++mask) {
         uint64_t lanes = 0x8080808080808080u;
@@ -264,19 +265,19 @@ constexpr Gather MakeGather() {
         for (unsigned lane = 0; lane < 8; ++lane) {
             if ((mask >> lane & 1) == 0) continue;
             lanes &= ~(uint64_t{0xFF} << 8 * kept);
-            lanes |= uint64_t{lane} << 8 * kept++;
+            lanes |= uint64_t{first + lane} << 8 * kept++;
         }
         table[mask] = lanes;
     }
     return table;
 }
-constexpr Gather kGather = MakeGather();
+constexpr Gather kGatherLow = MakeGather(0), kGatherHigh = MakeGather(8);
 
 // The 16 bytes at in taken as hexadecimal digits: each lane's value (its
-// low four bits, plus 9 for a letter, so always below 16; meaningless where
-// the lane holds no digit) and a mask of the lanes that hold one. Each range test moves its
-// range to the bottom of the signed bytes, so one comparison tests both
-// ends; bytes of 0x80 and above fall outside both ranges.
+// low four bits, plus 9 for a letter, so always below 16; meaningless
+// where the lane holds no digit) and a mask of the lanes that hold one. Each
+// range test moves its range to the bottom of the signed bytes, so one
+// comparison tests both ends; bytes of 0x80 and above fall outside both.
 struct HexLanes {
     __m128i value, valid;
 };
@@ -312,8 +313,9 @@ struct Lanes {
 // from out are written.
 __attribute__((target("ssse3,popcnt"))) inline size_t Compact(__m128i decoded, unsigned kept, char *out) {
     const unsigned low = kept & 0xFF, high = kept >> 8;
-    const __m128i gather = _mm_set_epi64x(static_cast<long long>(kGather[high] + 0x0808080808080808u),
-                                          static_cast<long long>(kGather[low]));
+    const __m128i lowGather = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(&kGatherLow[low]));
+    const __m128i gather = _mm_castps_si128(
+        _mm_loadh_pi(_mm_castsi128_ps(lowGather), reinterpret_cast<const __m64 *>(&kGatherHigh[high])));
     const __m128i packed = _mm_shuffle_epi8(decoded, gather);
     const auto lowCount = static_cast<size_t>(__builtin_popcount(low));
     _mm_storel_epi64(reinterpret_cast<__m128i *>(out), packed);
