@@ -215,13 +215,16 @@ TEST(TextFunctions, OneCallPerLine) {
         EXPECT_EQ(HeapText(ServerDecoding(HeapText(ServerEncoding(all.c_str(), nullptr, blank, 0)).Get())).str(), all);
 }
 
-// Both decoders on text placed so that its escapes meet the edges of the
-// 16-byte registers and the 64-byte steps of the block decoder; tails of
-// several lengths follow, so that its steps in the text and in its padded
-// copy of the last bytes take part. (No
-// case is a whole "%u" escape: its first use fixes the locale state for the
-// process, and the children of the test below inherit it.)
-TEST(UrlCodec, BlockDecoderMatchesByteWiseAtEveryEdge) {
+// Every decoder on text placed so that its escapes meet the edges of the
+// 16-byte registers and blocks and of the 64-byte steps: an escape whose
+// digits lie in the next block, a "%" that may start a "%u" escape behind
+// them, the last lanes a block reads, the first escape after a run of plain
+// text long enough to be copied in steps; tails of several lengths follow, so
+// that the steps in the text and in a padded copy of the last bytes, and
+// the bytes left behind the last block, take part. (No case is a whole "%u"
+// escape: its first use fixes the locale state for the process, and the
+// children of the test below inherit it.)
+TEST(UrlCodec, BlockDecodersMatchByteWiseAtEveryEdge) {
     struct Case { size_t pad; const char *text, *out; };
     const Case cases[] = {
         {15, "%41", "A"}, {14, "%41+", "A "}, {63, "%41", "A"}, {62, "%41%42", "AB"}, {61, "%4", "%4"},
@@ -229,9 +232,12 @@ TEST(UrlCodec, BlockDecoderMatchesByteWiseAtEveryEdge) {
         {60, "%uG042", "%uG042"}, {0, "+%2B+%2b", " + +"}, {1, "%41" "................................................"
         "................................................%42", "A................................................"
         "................................................B"}, {5, "%41%42%43%44%45%46%47", "ABCDEFG"},
+        {13, "%41", "A"}, {15, "%41%42+", "AB "}, {14, "%41%uG0", "A%uG0"}, {15, "%u3", "%u3"}, {31, "%4a", "J"},
+        {16, "%%%41", "%%A"}, {15, "%4", "%4"}, {14, "%41%4", "A%4"}, {17, "%4+%41", "%4 A"},
+        {207, "%41%42", "AB"}, {200, "%u3+", "%u3 "}, {255, "%41", "A"},
+        {3, "%/0%:0%@A%`a%Gf%g1%Ff%aF%\xC6" "1", "%/0%:0%@A%`a%Gf%g1\xFF\xAF%\xC6" "1"},
     };
-    std::vector<kx::input::UrlDecoder> decoders{kx::input::DecodeByteWise};
-    if (kx::input::BlockDecoder() != nullptr) decoders.push_back(kx::input::BlockDecoder());
+    const std::vector<kx::input::UrlDecoder> decoders = kx::input::AvailableDecoders();
     for (const Case &c : cases)
         for (const auto decode : decoders)
             for (const std::string &end : {std::string(), std::string(100, 'y'), std::string(200, 'y')}) {
