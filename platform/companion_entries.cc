@@ -18,6 +18,21 @@
 #include "companion/libSnmpFile.h"
 #include "platform/companion_loader.h"
 
+// The names the companions are installed under; the build passes the names
+// it gives them.
+#ifndef KX_SONAME_KXSNMP
+#define KX_SONAME_KXSNMP "libKXsnmp.so.1"
+#endif
+#ifndef KX_SONAME_SNMPFILE
+#define KX_SONAME_SNMPFILE "libSnmpFile.so.1"
+#endif
+#ifndef KX_SONAME_DBASCIIACCESS
+#define KX_SONAME_DBASCIIACCESS "libDBAsciiAccess.so.1"
+#endif
+#ifndef KX_SONAME_FORWARDING
+#define KX_SONAME_FORWARDING "libForwarding.so.1"
+#endif
+
 namespace {
 
 // The loaded companions, each opened on its first use.
