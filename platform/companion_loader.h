@@ -35,10 +35,10 @@ inline std::string OwnFolder() {
                             : std::string();
 }
 
-// A companion that cannot be loaded leaves the process as the dynamic
-// loader does for a missing dependency at start: a message on standard
-// error and exit status 127. No output has to be undone: the call that
-// needs the companion has not begun.
+// A companion that cannot be loaded ends the process as the dynamic loader
+// does for a missing dependency at start: a message on standard error and
+// exit status 127. Output the process still holds in its buffers is
+// dropped rather than sent as a page cut short.
 [[noreturn]] inline void Missing(const char *what) {
     const char *reason = dlerror();
     const std::string message = std::string("libKXSnmpTrapDll: cannot load ") + what + ": " +
