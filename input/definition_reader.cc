@@ -35,8 +35,13 @@ std::string SeparatorOf(std::string_view firstLine) { return std::string(CutAtLi
 
 void ReadDefinitionLines(LineSource &lines, std::string_view separator,
                          const DefinitionTarget &target) {
+    // A line updates an entry declared before the definition began, and only
+    // such an entry; into an empty list (a CGI request's definition) every
+    // line adds its entry, and there is nothing to look up or index.
+    const int before = *target.count;
     core::NameIndex index;
-    const input::DeclarationTarget declaration{target.list, target.count, *target.count, target.sourceName, &index};
+    const input::DeclarationTarget declaration{target.list, target.count, before, target.sourceName,
+                                               before > 0 ? &index : nullptr};
     while (const auto next = lines.Next()) input::DeclareFromLine(declaration, *next, separator);
 }
 

@@ -11,6 +11,8 @@
 #include <net-snmp/net-snmp-config.h>
 #include <net-snmp/net-snmp-includes.h>
 
+#include "platform/companion_loader.h"
+
 #ifndef KX_NETSNMP_SONAME
 #define KX_NETSNMP_SONAME "libnetsnmp.so"
 #endif
@@ -43,12 +45,6 @@ struct NetSnmp {
 };
 
 namespace netsnmp_detail {
-
-template <typename Function>
-bool Resolve(void *library, const char *name, Function &slot) {
-    slot = reinterpret_cast<Function>(dlsym(library, name));
-    return slot != nullptr;
-}
 
 // Loads the library and fills the table; false when either fails.
 inline bool Load(NetSnmp &n) {

@@ -1,0 +1,192 @@
+// The entry points of the companions that only some requests call: the MIB
+// library, the trap file library, the database library and the alarm
+// forwarding library. The library calls each by its own name; the name
+// lands here, which loads the companion on the first call of the process
+// (platform/companion_loader.h) and passes the call on unchanged. The
+// companions stay separate shared libraries, but a request that reads no
+// MIB, no trap file and no database loads none of them.
+//
+// Every operation of these four companions has its entry here, so that a
+// later call of any of them from the library needs no change in this file;
+// the release build links the library with -z defs, which turns a missing
+// entry into a link error.
+#include "companion/libDBAsciiAccess.h"
+#include "companion/libForwarding.h"
+#include "companion/libKXsnmp.h"
+#include "companion/libKXsnmp_names.h"
+#include "companion/libKXsnmp_traps.h"
+#include "companion/libSnmpFile.h"
+#include "platform/companion_loader.h"
+
+// The names the companions are installed under; the build passes the names
+// it gives them.
+#ifndef KX_SONAME_KXSNMP
+#define KX_SONAME_KXSNMP "libKXsnmp.so.1"
+#endif
+#ifndef KX_SONAME_SNMPFILE
+#define KX_SONAME_SNMPFILE "libSnmpFile.so.1"
+#endif
+#ifndef KX_SONAME_DBASCIIACCESS
+#define KX_SONAME_DBASCIIACCESS "libDBAsciiAccess.so.1"
+#endif
+#ifndef KX_SONAME_FORWARDING
+#define KX_SONAME_FORWARDING "libForwarding.so.1"
+#endif
+
+namespace {
+
+// The loaded companions, each opened on its first use.
+void *MibLibrary() {
+    static void *const library = kx::platform::OpenCompanion(KX_SONAME_KXSNMP);
+    return library;
+}
+void *TrapFileLibrary() {
+    static void *const library = kx::platform::OpenCompanion(KX_SONAME_SNMPFILE);
+    return library;
+}
+void *DatabaseLibrary() {
+    static void *const library = kx::platform::OpenCompanion(KX_SONAME_DBASCIIACCESS);
+    return library;
+}
+void *ForwardingLibrary() {
+    static void *const library = kx::platform::OpenCompanion(KX_SONAME_FORWARDING);
+    return library;
+}
+
+}  // namespace
+
+// The companion's own entry point for name, found once per process.
+#define KX_COMPANION_ENTRY(library, name) \
+    static const auto entry = kx::platform::CompanionEntry<decltype(&::name)>(library(), #name)
+
+extern "C" {
+
+// libKXsnmp
+int KXSetMibPath(const char *path) {
+    KX_COMPANION_ENTRY(MibLibrary, KXSetMibPath);
+    return entry(path);
+}
+const char *KXGetMibPath(void) {
+    KX_COMPANION_ENTRY(MibLibrary, KXGetMibPath);
+    return entry();
+}
+char *KXGetMibname(KXMib **mib, const char *oid) {
+    KX_COMPANION_ENTRY(MibLibrary, KXGetMibname);
+    return entry(mib, oid);
+}
+int KXGetName(KXMib *mib, const char *oid, char **object, char **objectOid, int flags) {
+    KX_COMPANION_ENTRY(MibLibrary, KXGetName);
+    return entry(mib, oid, object, objectOid, flags);
+}
+int KXGetOID(const char *mibFile, const char *tableEntry, const char *column, char **oid) {
+    KX_COMPANION_ENTRY(MibLibrary, KXGetOID);
+    return entry(mibFile, tableEntry, column, oid);
+}
+int KXGetSyntax(KXMib *mib, const char *object, const char *objectOid, char **syntax) {
+    KX_COMPANION_ENTRY(MibLibrary, KXGetSyntax);
+    return entry(mib, object, objectOid, syntax);
+}
+int KXGetValues(KXMib *mib, const char *object, const char *objectOid, int request, KXMibValues **values) {
+    KX_COMPANION_ENTRY(MibLibrary, KXGetValues);
+    return entry(mib, object, objectOid, request, values);
+}
+int KXSeverityTextToNumber(const char *text) {
+    KX_COMPANION_ENTRY(MibLibrary, KXSeverityTextToNumber);
+    return entry(text);
+}
+void KXFreeResources(void *resource) {
+    KX_COMPANION_ENTRY(MibLibrary, KXFreeResources);
+    entry(resource);
+}
+KXTrapDescription *GetTrapPointer(const char *mibFile, const char *oid, const char *specific,
+                                  const char *generic) {
+    KX_COMPANION_ENTRY(MibLibrary, GetTrapPointer);
+    return entry(mibFile, oid, specific, generic);
+}
+int KXSetTrapMibText(const char *mibFile, const char *text, size_t length) {
+    KX_COMPANION_ENTRY(MibLibrary, KXSetTrapMibText);
+    return entry(mibFile, text, length);
+}
+
+// libSnmpFile
+int KXSnmpFileRead(int fd, const char *path, KXSnmpVar **records, int flags) {
+    KX_COMPANION_ENTRY(TrapFileLibrary, KXSnmpFileRead);
+    return entry(fd, path, records, flags);
+}
+int KXSnmpFileReadText(const char *text, size_t length, KXSnmpVar **records) {
+    KX_COMPANION_ENTRY(TrapFileLibrary, KXSnmpFileReadText);
+    return entry(text, length, records);
+}
+size_t KXSnmpFileValueLength(const KXSnmpVar *records, int index) {
+    KX_COMPANION_ENTRY(TrapFileLibrary, KXSnmpFileValueLength);
+    return entry(records, index);
+}
+char *KXSnmpFileFormatText(const KXSnmpVar *records, const size_t *valueLengths, int count, size_t *length) {
+    KX_COMPANION_ENTRY(TrapFileLibrary, KXSnmpFileFormatText);
+    return entry(records, valueLengths, count, length);
+}
+int KXSnmpFileWrite(const char *path, const KXSnmpVar *records, const size_t *valueLengths, int count) {
+    KX_COMPANION_ENTRY(TrapFileLibrary, KXSnmpFileWrite);
+    return entry(path, records, valueLengths, count);
+}
+int KXSnmpFileGetValue(KXSnmpVar **records, const char *address, const char *oid, const char *operation,
+                       const char *community, int port, int maxRecords, int version, int timeoutMs, int retries,
+                       int flags) {
+    KX_COMPANION_ENTRY(TrapFileLibrary, KXSnmpFileGetValue);
+    return entry(records, address, oid, operation, community, port, maxRecords, version, timeoutMs, retries,
+                 flags);
+}
+void KXSnmpFileFreeResources(KXSnmpVar *records) {
+    KX_COMPANION_ENTRY(TrapFileLibrary, KXSnmpFileFreeResources);
+    entry(records);
+}
+
+// libDBAsciiAccess
+int DBAsciiAccessOpen(const char *file, int access, DBAsciiAccessDatabase **handle) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessOpen);
+    return entry(file, access, handle);
+}
+int DBAsciiAccessOpenText(const char *text, size_t length, DBAsciiAccessDatabase **handle) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessOpenText);
+    return entry(text, length, handle);
+}
+int DBAsciiAccessTableOpen(DBAsciiAccessDatabase *handle, const char *table) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessTableOpen);
+    return entry(handle, table);
+}
+int DBAsciiAccessGetAllEntries(DBAsciiAccessDatabase *handle, const char *table, const char *condition,
+                               char ***entries, int maxEntries, int reserved) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessGetAllEntries);
+    return entry(handle, table, condition, entries, maxEntries, reserved);
+}
+int DBAsciiAccessGetAllEntriesByCondition(DBAsciiAccessDatabase *handle, const char *table, const char *column,
+                                          DBAsciiAccessRow **rows, int maxRows, const char *value, int comparison,
+                                          int mode, int order, int reserved1, int reserved2) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessGetAllEntriesByCondition);
+    return entry(handle, table, column, rows, maxRows, value, comparison, mode, order, reserved1, reserved2);
+}
+int DBAsciiAccessGetElementColumn(DBAsciiAccessDatabase *handle, const char *table, const char *column) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessGetElementColumn);
+    return entry(handle, table, column);
+}
+int DBAsciiAccessGetScheme(DBAsciiAccessDatabase *handle, const char *table, int *columnCount,
+                           char ***columnNames) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessGetScheme);
+    return entry(handle, table, columnCount, columnNames);
+}
+void DBAsciiAccessFree(void *entries) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessFree);
+    entry(entries);
+}
+int DBAsciiAccessCloseKeepStaticDllInfo(DBAsciiAccessDatabase *handle) {
+    KX_COMPANION_ENTRY(DatabaseLibrary, DBAsciiAccessCloseKeepStaticDllInfo);
+    return entry(handle);
+}
+
+// libForwarding
+int AlarmFwdPopup(int kind, const char *target, const char *message, int flags, int reserved) {
+    KX_COMPANION_ENTRY(ForwardingLibrary, AlarmFwdPopup);
+    return entry(kind, target, message, flags, reserved);
+}
+
+}  // extern "C"
