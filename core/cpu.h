@@ -1,0 +1,30 @@
+// What the processor offers beyond the build's baseline, asked once where a
+// faster path depends on it.
+#ifndef KX_CORE_CPU_H
+#define KX_CORE_CPU_H
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <cpuid.h>
+#define KX_X86_BLOCKS 1
+#else
+#define KX_X86_BLOCKS 0
+#endif
+
+namespace kx::core {
+
+#if KX_X86_BLOCKS
+// Every x86-64 processor has SSE2; a 32-bit build asks the processor. (The
+// compiler's own feature check would add a constructor to every process.)
+inline bool HasSse2() {
+#ifdef __SSE2__
+    return true;
+#else
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    return __get_cpuid(1, &eax, &ebx, &ecx, &edx) != 0 && (edx & bit_SSE2) != 0;
+#endif
+}
+#endif
+
+}  // namespace kx::core
+
+#endif
