@@ -2,7 +2,14 @@
 #include "template/template_reader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+
+#include "core/cpu.h"
+
+#if KX_X86_BLOCKS
+#include <emmintrin.h>
+#endif
 
 namespace kx::tmpl {
 namespace {
@@ -30,7 +37,103 @@ const char *First(const char *from, const char *stop, char c) {
     return hit != nullptr ? static_cast<const char *>(hit) : stop;
 }
 
+#if KX_X86_BLOCKS
+// Groups of four vectors; the feed counts of a group go into byte lanes, so
+// at most 63 groups (four feeds a lane each) are counted before the lanes
+// are summed.
+constexpr size_t kGroup = 64;
+constexpr int kGroupsPerSum = 63;
+
+__attribute__((target("sse2"))) inline __m128i StopsIn(__m128i block, __m128i stop, __m128i otherStop) {
+    const __m128i nul = _mm_cmpeq_epi8(block, _mm_setzero_si128());
+    return _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(block, stop), _mm_cmpeq_epi8(block, otherStop)), nul);
+}
+
+__attribute__((target("sse2"))) inline size_t SumLanes(__m128i counts) {
+    const __m128i sums = _mm_sad_epu8(counts, _mm_setzero_si128());
+    return static_cast<size_t>(_mm_cvtsi128_si32(sums)) + static_cast<size_t>(_mm_extract_epi16(sums, 4));
+}
+
+// From at, sixteen bytes at a time up to the first stop: adds the feeds
+// before it to *feeds and returns where it stands.
+__attribute__((target("sse2"))) const char *LastVectors(const char *at, __m128i stop, __m128i otherStop,
+                                                          size_t *feeds) {
+    const __m128i feed = _mm_set1_epi8('\n');
+    for (;; at += 16) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+        const auto stops = static_cast<unsigned>(_mm_movemask_epi8(StopsIn(block, stop, otherStop)));
+        auto feedBits = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, feed)));
+        if (stops != 0) feedBits &= (1u << __builtin_ctz(stops)) - 1;
+        *feeds += static_cast<size_t>(__builtin_popcount(feedBits));
+        if (stops != 0) return at + __builtin_ctz(stops);
+    }
+}
+
+// The bytes of the group at that stop: a NUL, stop or (unless it is the
+// same byte) otherStop. A NUL is found through the group's least bytes.
+template <bool kOneStop>
+__attribute__((target("sse2"))) inline bool GroupStops(const __m128i (&block)[4], __m128i stop, __m128i otherStop) {
+    const __m128i least = _mm_min_epu8(_mm_min_epu8(block[0], block[1]), _mm_min_epu8(block[2], block[3]));
+    __m128i stops = _mm_cmpeq_epi8(least, _mm_setzero_si128());
+    for (int k = 0; k < 4; ++k) {
+        stops = _mm_or_si128(stops, _mm_cmpeq_epi8(block[k], stop));
+        if constexpr (!kOneStop) stops = _mm_or_si128(stops, _mm_cmpeq_epi8(block[k], otherStop));
+    }
+    return _mm_movemask_epi8(stops) != 0;
+}
+
+// Whole groups up to the one holding a stop; adds their feeds to *feeds and
+// returns that group's start.
+template <bool kOneStop>
+__attribute__((target("sse2"))) const char *PlainGroups(const char *at, __m128i stop, __m128i otherStop,
+                                                          size_t *feeds) {
+    const __m128i feed = _mm_set1_epi8('\n');
+    for (;;) {
+        __m128i counts = _mm_setzero_si128();
+        for (int group = 0; group < kGroupsPerSum; ++group, at += kGroup) {
+            __m128i block[4];
+            for (int k = 0; k < 4; ++k) block[k] = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at + 16 * k));
+            if (GroupStops<kOneStop>(block, stop, otherStop)) {
+                *feeds += SumLanes(counts);
+                return at;
+            }
+            // A feed compares as -1 in its lane.
+            for (int k = 0; k < 4; ++k) counts = _mm_sub_epi8(counts, _mm_cmpeq_epi8(block[k], feed));
+        }
+        *feeds += SumLanes(counts);
+    }
+}
+
+__attribute__((target("sse2"))) PlainLines ScanPlainBlocks(const char *text, char stopByte, char otherByte) {
+    const __m128i stop = _mm_set1_epi8(stopByte), otherStop = _mm_set1_epi8(otherByte);
+    size_t feeds = 0;
+    const char *at = stopByte == otherByte ? PlainGroups<true>(text, stop, otherStop, &feeds)
+                                           : PlainGroups<false>(text, stop, otherStop, &feeds);
+    const char *end = LastVectors(at, stop, otherStop, &feeds);
+    const auto *last = static_cast<const char *>(memrchr(text, '\n', static_cast<size_t>(end - text)));
+    if (last == nullptr) return {};
+    return {static_cast<size_t>(last - text) + 1, feeds};
+}
+#endif
+
 }  // namespace
+
+PlainLines ScanPlainByteWise(const char *text, char stop, char otherStop) {
+    // The text ends with a NUL: one search finds a stop or that NUL.
+    const char *end = strchrnul(text, stop);
+    if (otherStop != stop) end = First(text, end, otherStop);
+    const auto *last = static_cast<const char *>(memrchr(text, '\n', static_cast<size_t>(end - text)));
+    if (last == nullptr) return {};
+    const size_t n = static_cast<size_t>(last - text) + 1;
+    return {n, CountFeeds(text, n)};
+}
+
+PlainScanner BlockScanner() {
+#if KX_X86_BLOCKS
+    if (core::HasSse2()) return ScanPlainBlocks;
+#endif
+    return nullptr;
+}
 
 void LineBuffer::Reserve(size_t n) {
     if (n <= size_) return;
@@ -41,23 +144,22 @@ void LineBuffer::Reserve(size_t n) {
     size_ = grown;
 }
 
-// One byte more than a block, for the NUL that ends what was read.
-TemplateReader::TemplateReader(std::FILE *in) : in_(in), block_(new char[kReadBlockSize + 1]) {}
+// A block, the NUL that ends what was read, and what a scanner may read past
+// it (never read before it was written: the scanners' answers stop at the NUL).
+TemplateReader::TemplateReader(std::FILE *in)
+    : in_(in), block_(new char[kReadBlockSize + 1 + kScanPadding]) {
+    const PlainScanner blocks = BlockScanner();
+    scan_ = blocks != nullptr ? blocks : ScanPlainByteWise;
+}
 
-// Moves the unread bytes to the front and reads behind them. False when no
-// byte was added.
+// Reads the next block once every byte of this one was taken: a whole block
+// each time, which the C library reads straight into it. False at the end.
 bool TemplateReader::Fill() {
     if (eof_) return false;
-    if (pos_ > 0) {
-        std::memmove(block_.get(), block_.get() + pos_, end_ - pos_);
-        end_ -= pos_;
-        pos_ = 0;
-        block_[end_] = '\0';
-    }
-    if (end_ == kReadBlockSize) return false;
-    const size_t got = std::fread(block_.get() + end_, 1, kReadBlockSize - end_, in_);
+    const size_t got = std::fread(block_.get(), 1, kReadBlockSize, in_);
     if (got == 0) eof_ = true;
-    end_ += got;
+    pos_ = 0;
+    end_ = got;
     block_[end_] = '\0';
     return got > 0;
 }
@@ -84,15 +186,10 @@ std::string_view TemplateReader::TakePlainLines(char stop, char otherStop, int *
     *lines = 0;
     if (pos_ == end_ && !Fill()) return {};
     const char *from = block_.get() + pos_;
-    // What was read ends with a NUL: one search finds a "{" or the first NUL.
-    const char *end = strchrnul(from, stop);
-    if (otherStop != stop) end = First(from, end, otherStop);
-    const auto *feed = static_cast<const char *>(memrchr(from, '\n', static_cast<size_t>(end - from)));
-    if (feed == nullptr) return {};
-    const size_t n = static_cast<size_t>(feed - from) + 1;
-    *lines = static_cast<int>(CountFeeds(from, n));
-    pos_ += n;
-    return {from, n};
+    const PlainLines plain = scan_(from, stop, otherStop);
+    *lines = static_cast<int>(plain.feeds);
+    pos_ += plain.length;
+    return {from, plain.length};
 }
 
 }  // namespace kx::tmpl

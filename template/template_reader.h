@@ -30,6 +30,26 @@ private:
 // The template file is read this many bytes at a time.
 inline constexpr size_t kReadBlockSize = 64 * 1024;
 
+// The whole lines at the start of a text that come before its first stop
+// byte: their bytes (up to and including the last line feed before the stop)
+// and their line feeds.
+struct PlainLines {
+    size_t length = 0;
+    size_t feeds = 0;
+};
+
+// Scans text, which ends with a NUL, for its first byte stop, otherStop or
+// NUL. A scanner may read up to kScanPadding bytes past that NUL.
+using PlainScanner = PlainLines (*)(const char *text, char stop, char otherStop);
+inline constexpr size_t kScanPadding = 64;
+
+// One pass of the C library's searches and a count of the feeds.
+PlainLines ScanPlainByteWise(const char *text, char stop, char otherStop);
+
+// On x86 with SSE2: one pass sixteen bytes at a time that finds the stop and
+// counts the feeds before it together. Null where there is none.
+PlainScanner BlockScanner();
+
 class TemplateReader {
 public:
     explicit TemplateReader(std::FILE *in);
@@ -46,7 +66,8 @@ private:
     bool Fill();
 
     std::FILE *in_;
-    std::unique_ptr<char[]> block_;
+    PlainScanner scan_;
+    std::unique_ptr<char[]> block_;  // a block, its NUL and kScanPadding bytes
     size_t pos_ = 0;
     size_t end_ = 0;
     bool eof_ = false;

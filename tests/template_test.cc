@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/page_engine.h"
+#include "template/template_reader.h"
 
 namespace {
 
@@ -199,6 +200,36 @@ TEST(DeleteComment, Table) {
     EXPECT_EQ(DeleteComment(nullptr, line, 8), -2);
     EXPECT_EQ(DeleteComment(stdin, nullptr, 8), -2);
     EXPECT_EQ(DeleteComment(stdin, line, 0), -2);
+}
+
+// Both scanners of plain lines find the same whole lines and feeds before the
+// first stop, behind leads of feeds or of other bytes that put the stop at
+// every place against their 16- and 64-byte steps and fill their feed
+// counters to the brim (all feeds).
+TEST(TemplateReader, PlainLinesBeforeTheStop) {
+    struct Row { const char *text; char stop, otherStop; size_t length, feeds; };
+    const Row rows[] = {
+        {"a\nb\n{c\nd\n", '{', '{', 4, 2}, {"no feed {x\n", '{', '{', 0, 0}, {"a\nbc", '{', '{', 2, 1},
+        {"x\n<y\n{\n", '{', '<', 2, 1},   {"x\n{y\n<\n", '{', '<', 2, 1},  {"\n\n\n", '{', '{', 3, 3},
+        {"", '{', '{', 0, 0},              {"a\nb\n", '{', '\n', 0, 0},
+    };
+    std::vector<kx::tmpl::PlainScanner> scanners = {kx::tmpl::ScanPlainByteWise};
+    if (kx::tmpl::PlainScanner blocks = kx::tmpl::BlockScanner()) scanners.push_back(blocks);
+    for (const Row &row : rows) {
+        for (const size_t lead : {0, 1, 15, 16, 17, 63, 64, 65, 127, 4031, 4032, 16200, 16300}) {
+            for (const char filler : {'\n', 'x'}) {
+                std::string text = std::string(lead, filler) + row.text;
+                text.append(kx::tmpl::kScanPadding + 1, '\0');
+                const bool feeds = filler == '\n' && row.otherStop != '\n';
+                const size_t length = row.length > 0 || feeds ? lead + row.length : 0;
+                for (const kx::tmpl::PlainScanner scan : scanners) {
+                    const kx::tmpl::PlainLines got = scan(text.data(), row.stop, row.otherStop);
+                    EXPECT_EQ(got.length, length) << row.text << " after " << lead << " " << int{filler};
+                    EXPECT_EQ(got.feeds, (feeds ? lead : 0) + row.feeds) << row.text << " after " << lead;
+                }
+            }
+        }
+    }
 }
 
 }  // namespace
