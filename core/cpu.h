@@ -23,6 +23,23 @@ inline bool HasSse2() {
     return __get_cpuid(1, &eax, &ebx, &ecx, &edx) != 0 && (edx & bit_SSE2) != 0;
 #endif
 }
+
+// AVX2, and an operating system that keeps the 256-bit registers across
+// switches. Asked of the processor once.
+inline bool HasAvx2() {
+    static const bool has = [] {
+        unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+        if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0) return false;
+        if ((ecx & bit_OSXSAVE) == 0 || (ecx & bit_AVX) == 0) return false;
+        unsigned low = 0, high = 0;
+        __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+        constexpr unsigned kSseAndAvxState = 6;
+        if ((low & kSseAndAvxState) != kSseAndAvxState) return false;
+        if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0) return false;
+        return (ebx & bit_AVX2) != 0;
+    }();
+    return has;
+}
 #endif
 
 }  // namespace kx::core

@@ -8,7 +8,7 @@
 #include "core/cpu.h"
 
 #if KX_X86_BLOCKS
-#include <emmintrin.h>
+#include <immintrin.h>
 #endif
 
 namespace kx::tmpl {
@@ -37,12 +37,22 @@ const char *First(const char *from, const char *stop, char c) {
     return hit != nullptr ? static_cast<const char *>(hit) : stop;
 }
 
+// The whole lines before end, which the feeds counted before it hold.
+PlainLines LinesBefore(const char *text, const char *end, size_t feeds) {
+    const auto stop = static_cast<size_t>(end - text);
+    const auto *last = static_cast<const char *>(memrchr(text, '\n', stop));
+    if (last == nullptr) return {0, 0, stop};
+    return {static_cast<size_t>(last - text) + 1, feeds, stop};
+}
+
 #if KX_X86_BLOCKS
 // Groups of four vectors; the feed counts of a group go into byte lanes, so
 // at most 63 groups (four feeds a lane each) are counted before the lanes
 // are summed.
 constexpr size_t kGroup = 64;
+constexpr size_t kWideGroup = 128;
 constexpr int kGroupsPerSum = 63;
+static_assert(kWideGroup <= kScanPadding, "a group holding the NUL is read whole");
 
 __attribute__((target("sse2"))) inline __m128i StopsIn(__m128i block, __m128i stop, __m128i otherStop) {
     const __m128i nul = _mm_cmpeq_epi8(block, _mm_setzero_si128());
@@ -52,6 +62,12 @@ __attribute__((target("sse2"))) inline __m128i StopsIn(__m128i block, __m128i st
 __attribute__((target("sse2"))) inline size_t SumLanes(__m128i counts) {
     const __m128i sums = _mm_sad_epu8(counts, _mm_setzero_si128());
     return static_cast<size_t>(_mm_cvtsi128_si32(sums)) + static_cast<size_t>(_mm_extract_epi16(sums, 4));
+}
+
+__attribute__((target("avx2"))) inline size_t WideSumLanes(__m256i counts) {
+    const __m256i sums = _mm256_sad_epu8(counts, _mm256_setzero_si256());
+    const __m128i pairs = _mm_add_epi64(_mm256_castsi256_si128(sums), _mm256_extracti128_si256(sums, 1));
+    return static_cast<size_t>(_mm_cvtsi128_si64(pairs)) + static_cast<size_t>(_mm_extract_epi16(pairs, 4));
 }
 
 // From at, sixteen bytes at a time up to the first stop: adds the feeds
@@ -104,15 +120,51 @@ __attribute__((target("sse2"))) const char *PlainGroups(const char *at, __m128i 
     }
 }
 
-__attribute__((target("sse2"))) PlainLines ScanPlainBlocks(const char *text, char stopByte, char otherByte) {
+// The same with 32-byte vectors, 128 bytes a group.
+template <bool kOneStop>
+__attribute__((target("avx2"))) const char *WidePlainGroups(const char *at, char stopByte, char otherByte,
+                                                              size_t *feeds) {
+    const __m256i stop = _mm256_set1_epi8(stopByte), otherStop = _mm256_set1_epi8(otherByte);
+    const __m256i feed = _mm256_set1_epi8('\n'), zero = _mm256_setzero_si256();
+    for (;;) {
+        __m256i counts = zero;
+        for (int group = 0; group < kGroupsPerSum; ++group, at += kWideGroup) {
+            __m256i block[4];
+            for (int k = 0; k < 4; ++k)
+                block[k] = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at + 32 * k));
+            const __m256i least =
+                _mm256_min_epu8(_mm256_min_epu8(block[0], block[1]), _mm256_min_epu8(block[2], block[3]));
+            __m256i stops = _mm256_cmpeq_epi8(least, zero);
+            for (int k = 0; k < 4; ++k) {
+                stops = _mm256_or_si256(stops, _mm256_cmpeq_epi8(block[k], stop));
+                if constexpr (!kOneStop) stops = _mm256_or_si256(stops, _mm256_cmpeq_epi8(block[k], otherStop));
+            }
+            if (_mm256_testz_si256(stops, stops) == 0) {
+                *feeds += WideSumLanes(counts);
+                return at;
+            }
+            for (int k = 0; k < 4; ++k) counts = _mm256_sub_epi8(counts, _mm256_cmpeq_epi8(block[k], feed));
+        }
+        *feeds += WideSumLanes(counts);
+    }
+}
+
+
+__attribute__((target("sse2"))) PlainLines ScanPlainSse2(const char *text, char stopByte, char otherByte) {
     const __m128i stop = _mm_set1_epi8(stopByte), otherStop = _mm_set1_epi8(otherByte);
     size_t feeds = 0;
     const char *at = stopByte == otherByte ? PlainGroups<true>(text, stop, otherStop, &feeds)
                                            : PlainGroups<false>(text, stop, otherStop, &feeds);
-    const char *end = LastVectors(at, stop, otherStop, &feeds);
-    const auto *last = static_cast<const char *>(memrchr(text, '\n', static_cast<size_t>(end - text)));
-    if (last == nullptr) return {};
-    return {static_cast<size_t>(last - text) + 1, feeds};
+    return LinesBefore(text, LastVectors(at, stop, otherStop, &feeds), feeds);
+}
+
+// The group holding the stop goes through the 16-byte steps.
+__attribute__((target("avx2"))) PlainLines ScanPlainAvx2(const char *text, char stopByte, char otherByte) {
+    size_t feeds = 0;
+    const char *at = stopByte == otherByte ? WidePlainGroups<true>(text, stopByte, otherByte, &feeds)
+                                           : WidePlainGroups<false>(text, stopByte, otherByte, &feeds);
+    const char *end = LastVectors(at, _mm_set1_epi8(stopByte), _mm_set1_epi8(otherByte), &feeds);
+    return LinesBefore(text, end, feeds);
 }
 #endif
 
@@ -122,17 +174,28 @@ PlainLines ScanPlainByteWise(const char *text, char stop, char otherStop) {
     // The text ends with a NUL: one search finds a stop or that NUL.
     const char *end = strchrnul(text, stop);
     if (otherStop != stop) end = First(text, end, otherStop);
-    const auto *last = static_cast<const char *>(memrchr(text, '\n', static_cast<size_t>(end - text)));
-    if (last == nullptr) return {};
-    const size_t n = static_cast<size_t>(last - text) + 1;
-    return {n, CountFeeds(text, n)};
+    const PlainLines lines = LinesBefore(text, end, 0);
+    return {lines.length, CountFeeds(text, lines.length), lines.stop};
 }
 
-PlainScanner BlockScanner() {
+PlainScanner Sse2Scanner() {
 #if KX_X86_BLOCKS
-    if (core::HasSse2()) return ScanPlainBlocks;
+    if (core::HasSse2()) return ScanPlainSse2;
 #endif
     return nullptr;
+}
+
+PlainScanner Avx2Scanner() {
+#if KX_X86_BLOCKS
+    if (core::HasAvx2()) return ScanPlainAvx2;
+#endif
+    return nullptr;
+}
+
+PlainScanner ChosenScanner() {
+    if (const PlainScanner wide = Avx2Scanner()) return wide;
+    if (const PlainScanner blocks = Sse2Scanner()) return blocks;
+    return ScanPlainByteWise;
 }
 
 void LineBuffer::Reserve(size_t n) {
@@ -144,24 +207,34 @@ void LineBuffer::Reserve(size_t n) {
     size_ = grown;
 }
 
-// A block, the NUL that ends what was read, and what a scanner may read past
-// it (never read before it was written: the scanners' answers stop at the NUL).
+// Room for a carried line, a block, the NUL that ends what was read, and what
+// a scanner may read past it (never read before it was written: the
+// scanners' answers stop at the NUL).
 TemplateReader::TemplateReader(std::FILE *in)
-    : in_(in), block_(new char[kReadBlockSize + 1 + kScanPadding]) {
-    const PlainScanner blocks = BlockScanner();
-    scan_ = blocks != nullptr ? blocks : ScanPlainByteWise;
-}
+    : in_(in), scan_(ChosenScanner()), block_(new char[kCarryRoom + kReadBlockSize + 1 + kScanPadding]) {}
 
-// Reads the next block once every byte of this one was taken: a whole block
-// each time, which the C library reads straight into it. False at the end.
+// Reads the next block behind the carry room: a whole block each time, which
+// the C library reads straight into place. False when nothing was read.
 bool TemplateReader::Fill() {
     if (eof_) return false;
-    const size_t got = std::fread(block_.get(), 1, kReadBlockSize, in_);
+    const size_t got = std::fread(block_.get() + kCarryRoom, 1, kReadBlockSize, in_);
     if (got == 0) eof_ = true;
-    pos_ = 0;
-    end_ = got;
+    pos_ = kCarryRoom;
+    end_ = kCarryRoom + got;
     block_[end_] = '\0';
     return got > 0;
+}
+
+// Moves the unread end of the block, a line without a stop that the block's
+// end cut, in front of the next block and reads that block. False (nothing
+// moved) when the line is too long for the room or the file has ended.
+bool TemplateReader::Carry() {
+    const size_t tail = end_ - pos_;
+    if (eof_ || tail > kCarryRoom) return false;
+    std::memmove(block_.get() + kCarryRoom - tail, block_.get() + pos_, tail);
+    Fill();
+    pos_ = kCarryRoom - tail;
+    return true;
 }
 
 bool TemplateReader::ReadLine(LineBuffer &line, size_t at) {
@@ -185,8 +258,11 @@ bool TemplateReader::ReadLine(LineBuffer &line, size_t at) {
 std::string_view TemplateReader::TakePlainLines(char stop, char otherStop, int *lines) {
     *lines = 0;
     if (pos_ == end_ && !Fill()) return {};
+    PlainLines plain = scan_(block_.get() + pos_, stop, otherStop);
+    // No whole line before the block's own NUL: the line goes on in the next
+    // block.
+    if (plain.length == 0 && pos_ + plain.stop == end_ && Carry()) plain = scan_(block_.get() + pos_, stop, otherStop);
     const char *from = block_.get() + pos_;
-    const PlainLines plain = scan_(from, stop, otherStop);
     *lines = static_cast<int>(plain.feeds);
     pos_ += plain.length;
     return {from, plain.length};
