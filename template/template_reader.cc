@@ -208,8 +208,8 @@ void LineBuffer::Reserve(size_t n) {
 }
 
 // Room for a carried line, a block, the NUL that ends what was read, and what
-// a scanner may read past it (never read before it was written: the
-// scanners' answers stop at the NUL).
+// a scanner may read past it. Those bytes may hold anything: the scanners'
+// answers end at the NUL.
 TemplateReader::TemplateReader(std::FILE *in)
     : in_(in), scan_(ChosenScanner()), block_(new char[kCarryRoom + kReadBlockSize + 1 + kScanPadding]) {}
 
