@@ -28,23 +28,45 @@ constexpr uint8_t kFree = 0;
 // that it is never kFree and differs from another name's byte 127 times in 128.
 uint8_t TagOf(uint32_t hash) { return static_cast<uint8_t>((hash >> 25) | 0x80); }
 
-// Eight bytes at a time, each step mixed by a multiplication. Names are
-// short; a lookup must cost less than a cache miss, not resist chosen
-// collisions (a request never adds entries by the thousand).
+uint64_t Load8(const char *at) {
+    uint64_t word = 0;
+    std::memcpy(&word, at, 8);
+    return word;
+}
+
+uint64_t Load4(const char *at) {
+    uint32_t word = 0;
+    std::memcpy(&word, at, 4);
+    return word;
+}
+
+// Eight bytes at a time, each step mixed by a multiplication; the last one
+// to eight bytes are read in one or two loads that may overlap bytes already
+// mixed. Names are short; a lookup must cost less than a cache miss, not
+// resist chosen collisions.
 uint32_t HashOf(std::string_view name) {
     constexpr uint64_t kStep = 0x9E3779B97F4A7C15u, kLast = 0xBF58476D1CE4E5B9u;
-    uint64_t hash = kStep ^ name.size();
     const char *at = name.data();
-    std::size_t rest = name.size();
-    for (; rest >= 8; at += 8, rest -= 8) {
-        uint64_t word = 0;
-        std::memcpy(&word, at, 8);
-        hash = std::rotl((hash ^ word) * kStep, 29);
-    }
-    // The last bytes, one at a time: no call for a few bytes.
+    const std::size_t size = name.size();
+    uint64_t hash = kStep ^ size;
+    std::size_t rest = size;
+    for (; rest > 8; at += 8, rest -= 8) hash = std::rotl((hash ^ Load8(at)) * kStep, 29);
     uint64_t tail = 0;
-    for (std::size_t i = 0; i < rest; ++i) tail |= uint64_t{static_cast<unsigned char>(at[i])} << (8 * i);
-    hash = (hash ^ tail) * kLast;
+    if (size >= 8) {
+        tail = Load8(name.data() + size - 8);
+    } else if (rest >= 4) {
+        tail = Load4(at) | Load4(at + rest - 4) << 32;
+    } else if (rest > 0) {
+        const auto byte = [&](std::size_t i) { return uint64_t{static_cast<unsigned char>(at[i])}; };
+        tail = byte(0) | byte(rest / 2) << 8 | byte(rest - 1) << 16;
+    }
+    // Every input bit must reach the low bits, which place the slot: the
+    // last bytes' differences sit in the high bits of the tail.
+    hash ^= tail;
+    hash ^= hash >> 32;
+    hash *= kLast;
+    hash ^= hash >> 29;
+    hash *= kStep;
     hash ^= hash >> 32;
     return static_cast<uint32_t>(hash);
 }
