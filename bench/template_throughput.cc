@@ -4,6 +4,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -42,11 +43,16 @@ void Copy(const std::string &path, FILE *sink) {
     std::fclose(in);
 }
 
-void Measure(const char *name, const std::string &path, List &list, FILE *sink) {
-    const double page = kx::bench::BestSeconds([&] {
-        ErsetzeUndGebeHtmlDateiAus(path.c_str(), nullptr, 0, 1, &list.count, &list.entries);
-    }, 3);
-    const double copy = kx::bench::BestSeconds([&] { Copy(path, sink); }, 3);
+// The page and the copy run in turns, and each keeps its best run: a busy
+// moment of the shared machine then falls on both alike.
+void Measure(const char *name, const std::string &path, List &list, FILE *sink, int turns) {
+    double page = 1e30, copy = 1e30;
+    for (int turn = 0; turn < turns; ++turn) {
+        page = std::min(page, kx::bench::BestSeconds([&] {
+            ErsetzeUndGebeHtmlDateiAus(path.c_str(), nullptr, 0, 1, &list.count, &list.entries);
+        }, 1));
+        copy = std::min(copy, kx::bench::BestSeconds([&] { Copy(path, sink); }, 1));
+    }
     kx::bench::PrintRate(name, static_cast<double>(kVolume), page, "fread/fwrite", copy);
     std::printf("%-32s %10.2f\n", "  time, page engine / copy", page / copy);
 }
@@ -71,8 +77,9 @@ int main() {
         "dense.htm",
         Repeated("<tr><td>{user}</td><td>{host}</td><td>{state}</td><td>{{query}}</td><td>{nope}</td></tr>\n",
                  kVolume));
-    Measure("template without placeholders", plain, list, sink);
-    Measure("template dense with placeholders", dense, list, sink);
+    // The plain page takes about a millisecond: more turns find its best.
+    Measure("template without placeholders", plain, list, sink, 30);
+    Measure("template dense with placeholders", dense, list, sink, 3);
     _Utilsfpout = nullptr;
     std::fclose(sink);
     return 0;

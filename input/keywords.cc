@@ -40,8 +40,11 @@ static_assert(std::size(Schluesselworte) == 10);
 namespace kx::request {
 
 void RecordKeyword(std::string_view name, int index) {
+    if (name.empty()) return;
     for (const Schluesselwort &row : Schluesselworte) {
-        if (name == row.Wort) {
+        // The first byte first: every declared entry passes here, and most
+        // names begin unlike every keyword.
+        if (row.Wort[0] == name[0] && name == row.Wort) {
             *row.Index = index;
             return;
         }

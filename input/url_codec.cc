@@ -14,7 +14,6 @@
 // The block decoders need the SSE2 and SSSE3 intrinsics, which only x86
 // builds have; elsewhere the byte-wise decoder is the only one.
 #if defined(__x86_64__) || defined(__i386__)
-#include <cpuid.h>
 #include <emmintrin.h>
 #include <tmmintrin.h>
 #define KX_URL_BLOCKS 1
@@ -27,6 +26,7 @@
 #endif
 
 #include "core/alloc.h"
+#include "core/cpu.h"
 #include "core/text.h"
 #include "input/url_decoding.h"
 #include "kx_input.h"
@@ -401,28 +401,14 @@ __attribute__((target("ssse3,popcnt"))) size_t DecodeBlocks16(const char *in, si
     return DecodeRun(in, size, out, {start, at.at.o}).o;
 }
 
-// What the processor offers, asked once with cpuid when the decoder is
-// chosen. (The compiler's own feature check would add a constructor to
-// every process.) The 16-byte decoder counts its lanes with POPCNT, which
-// some processors with SSSE3 lack.
-struct Features {
-    bool sse2, ssse3;
-};
-Features ProcessorFeatures() {
-    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
-    if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0) return {};
-    return {(edx & bit_SSE2) != 0, (ecx & bit_SSSE3) != 0 && (ecx & bit_POPCNT) != 0};
-}
-
 }  // namespace
 #endif
 
 std::vector<UrlDecoder> AvailableDecoders() {
     std::vector<UrlDecoder> decoders{DecodeByteWise};
 #if KX_URL_BLOCKS
-    const Features features = ProcessorFeatures();
-    if (features.sse2) decoders.push_back(DecodeBlocks);
-    if (features.ssse3) decoders.push_back(DecodeBlocks16);
+    if (kx::core::HasSse2()) decoders.push_back(DecodeBlocks);
+    if (kx::core::HasSsse3AndPopcnt()) decoders.push_back(DecodeBlocks16);
 #endif
     return decoders;
 }

@@ -29,6 +29,35 @@ private:
 
 // The template file is read this many bytes at a time.
 inline constexpr size_t kReadBlockSize = 64 * 1024;
+// A line that a block's end cuts is carried in front of the next block when
+// it is no longer than this, so that plain lines flow on across blocks.
+inline constexpr size_t kCarryRoom = 4096;
+
+// The whole lines at the start of a text that come before its first stop
+// byte: their bytes (up to and including the last line feed before the stop)
+// and their line feeds.
+struct PlainLines {
+    size_t length = 0;
+    size_t feeds = 0;
+    size_t stop = 0;  // where the first stop byte or the NUL stands
+};
+
+// Scans text, which ends with a NUL, for its first byte stop, otherStop or
+// NUL. A scanner may read up to kScanPadding bytes past that NUL.
+using PlainScanner = PlainLines (*)(const char *text, char stop, char otherStop);
+inline constexpr size_t kScanPadding = 128;
+
+// One pass of the C library's searches and a count of the feeds.
+PlainLines ScanPlainByteWise(const char *text, char stop, char otherStop);
+
+// On x86: one pass of vectors that finds the stop and counts the feeds before
+// it together, sixteen bytes a vector with SSE2, thirty-two with AVX2. Null
+// where the build or the processor has none.
+PlainScanner Sse2Scanner();
+PlainScanner Avx2Scanner();
+
+// The widest scanner the processor has.
+PlainScanner ChosenScanner();
 
 class TemplateReader {
 public:
@@ -44,8 +73,12 @@ public:
 
 private:
     bool Fill();
+    bool Carry();
 
     std::FILE *in_;
+    PlainScanner scan_;
+    // kCarryRoom bytes, a block, its NUL and kScanPadding bytes; pos_ and
+    // end_ count from its start.
     std::unique_ptr<char[]> block_;
     size_t pos_ = 0;
     size_t end_ = 0;

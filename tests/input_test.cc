@@ -590,13 +590,17 @@ TEST(NameIndex, FollowsTheList) {
     auto *list = static_cast<EingabeElement *>(std::malloc(sizeof(EingabeElement) * 100));
     for (int i = 0; i < count; ++i) list[i] = Entry("e" + std::to_string(i % 30));  // e0..e9 twice
     kx::core::NameIndex index;
+    // The first lookups in a list walk it; these make the index answer.
+    for (int i = 0; i < 40; ++i) ASSERT_EQ(index.Find(list, count, "e3"), 3);
     struct Row { const char *what; void (*change)(EingabeElement *&, int &); const char *name; };
     const Row rows[] = {
         {"first of two", [](EingabeElement *&, int &) {}, "e5"},
         {"appended", [](EingabeElement *&l, int &c) { l[c++] = Entry("new"); }, "new"},
         {"renamed behind", [](EingabeElement *&l, int &) { std::free(l[7].Name); l[7].Name = strdup("e5"); }, "e5"},
-        {"moved", [](EingabeElement *&l, int &) { l = static_cast<EingabeElement *>(std::realloc(l, sizeof(EingabeElement) * 200)); }, "e29"},
-        {"shrunk", [](EingabeElement *&l, int &c) { std::free(l[--c].Name); }, "new"},
+        {"renamed, its old name", [](EingabeElement *&, int &) {}, "e7"},
+        {"moved", [](EingabeElement *&l, int &) { l = static_cast<EingabeElement *>(std::realloc(l, sizeof(EingabeElement) * 400)); }, "e29"},
+        {"grown past its table", [](EingabeElement *&l, int &c) { while (c < 300) l[c] = Entry("n" + std::to_string(c)), ++c; }, "n250"},
+        {"shrunk", [](EingabeElement *&l, int &c) { std::free(l[--c].Name); }, "n299"},
         {"missing", [](EingabeElement *&, int &) {}, "absent"},
     };
     for (const Row &row : rows) {

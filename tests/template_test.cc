@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/page_engine.h"
+#include "template/template_reader.h"
 
 namespace {
 
@@ -141,6 +142,11 @@ TEST_F(Template, LongUnbalancedAndDeepTemplates) {
     std::string rows;
     for (int i = 0; i < 20000; ++i) rows += "row\n";
     EXPECT_NE(Page(rows + "{ab\n").find("Error line 20001:"), std::string::npos) << "plain lines count";
+    // Lines that the end of the first 64 KiB read cuts: plain, and with a placeholder.
+    const std::string head(65533, 'p');
+    EXPECT_EQ(Page(head + "\ncut line\nx{user}y\n"), head + "\ncut line\nxboby\n");
+    EXPECT_EQ(Page(head + "\na{user}b\n"), head + "\nabobb\n");
+    EXPECT_NE(Page(head + "\ncut line\n{ab\n").find("Error line 3:"), std::string::npos) << "cut lines count";
     EXPECT_EQ(Page(std::string("a\0b\n{user}\0c\nd\n", 15)), "abobd\n") << "a NUL ends its line's text";
     EXPECT_FALSE(Page("{user" + open + "a" + close + "}\n").empty());
     EXPECT_FALSE(Evaluate(("{DEFINE d " + open + "user" + close + "}").c_str()).empty());
@@ -199,6 +205,39 @@ TEST(DeleteComment, Table) {
     EXPECT_EQ(DeleteComment(nullptr, line, 8), -2);
     EXPECT_EQ(DeleteComment(stdin, nullptr, 8), -2);
     EXPECT_EQ(DeleteComment(stdin, line, 0), -2);
+}
+
+// Both scanners of plain lines find the same whole lines and feeds before the
+// first stop, behind leads of feeds or of other bytes that put the stop at
+// every place against their 16-, 32-, 64- and 128-byte steps and fill their feed
+// counters to the brim (all feeds).
+TEST(TemplateReader, PlainLinesBeforeTheStop) {
+    struct Row { const char *text; char stop, otherStop; size_t length, feeds, stopAt; };
+    const Row rows[] = {
+        {"a\nb\n{c\nd\n", '{', '{', 4, 2, 4}, {"no feed {x\n", '{', '{', 0, 0, 8}, {"a\nbc", '{', '{', 2, 1, 4},
+        {"x\n<y\n{\n", '{', '<', 2, 1, 2},   {"x\n{y\n<\n", '{', '<', 2, 1, 2},  {"\n\n\n", '{', '{', 3, 3, 3},
+        {"", '{', '{', 0, 0, 0},              {"a\nb\n", '{', '\n', 0, 0, 1},
+    };
+    std::vector<kx::tmpl::PlainScanner> scanners = {kx::tmpl::ScanPlainByteWise};
+    for (const kx::tmpl::PlainScanner blocks : {kx::tmpl::Sse2Scanner(), kx::tmpl::Avx2Scanner()})
+        if (blocks != nullptr) scanners.push_back(blocks);
+    for (const Row &row : rows) {
+        for (const size_t lead : {0, 1, 15, 16, 17, 31, 63, 64, 65, 127, 128, 129, 4031, 4032, 8063, 8064, 16200, 16300}) {
+            for (const char filler : {'\n', 'x'}) {
+                std::string text = std::string(lead, filler) + row.text;
+                text.append(kx::tmpl::kScanPadding + 1, '\0');
+                const bool feeds = filler == '\n' && row.otherStop != '\n';
+                const size_t length = row.length > 0 || feeds ? lead + row.length : 0;
+                for (const kx::tmpl::PlainScanner scan : scanners) {
+                    const kx::tmpl::PlainLines got = scan(text.data(), row.stop, row.otherStop);
+                    EXPECT_EQ(got.length, length) << row.text << " after " << lead << " " << int{filler};
+                    EXPECT_EQ(got.feeds, (feeds ? lead : 0) + row.feeds) << row.text << " after " << lead;
+                    const bool stopsFirst = lead > 0 && filler == row.otherStop;
+                    EXPECT_EQ(got.stop, stopsFirst ? 0 : lead + row.stopAt) << row.text << " after " << lead;
+                }
+            }
+        }
+    }
 }
 
 }  // namespace

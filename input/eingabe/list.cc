@@ -38,8 +38,10 @@ core::NameIndex &AppendIndex() {
 // separator is cut at its line end for the parsing, as a separator line is.
 Declared DeclareOne(int *count, EingabeElement **list, std::string_view separator, const char *name, char kind,
                     const char *defaultText) {
-    std::string line(name);
-    line.append(separator).append(1, kind).append(separator).append(defaultText);
+    // One buffer per thread: a program declaring many entries allocates no
+    // line for each.
+    thread_local std::string line;
+    line.assign(name).append(separator).append(1, kind).append(separator).append(defaultText);
     const DeclarationTarget target{list, count, *count, {}, &AppendIndex()};
     return DeclareFromLine(target, line, separator.substr(0, separator.find_first_of("\r\n")));
 }
