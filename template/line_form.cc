@@ -64,16 +64,16 @@ void Parse(Invocation &inv, LineForm &form) {
     }
     form.slots = std::move(slots);
     form.tail = static_cast<size_t>(pos - text);
+    form.tailLength = std::strlen(pos);
     form.shape = LineForm::Shape::Plain;
 }
 
-// The slot's entry in the list as it is now: the one kept while the list,
-// its count and the entry's name are unchanged, else looked up anew. False
-// when no entry has the name.
-bool Resolve(Invocation &inv, PlainSlot &slot) {
+}  // namespace
+
+bool ResolveSlot(Invocation &inv, const char *text, PlainSlot &slot) {
     const EingabeElement *list = *inv.pList;
     const int count = *inv.pCount;
-    const char *name = inv.textStart + slot.start + 1;
+    const char *name = text + slot.start + 1;
     if (slot.list == list && slot.count == count && slot.index >= 0 && slot.index < count) {
         const EingabeElement &entry = list[slot.index];
         if (entry.Name == slot.name && entry.NameLaenge == slot.nameLength &&
@@ -89,8 +89,6 @@ bool Resolve(Invocation &inv, PlainSlot &slot) {
     return true;
 }
 
-}  // namespace
-
 bool ReplayFromForm(Invocation &inv, char **next) {
     LineForm *form = inv.form;
     if (form == nullptr || inv.stringMode || inv.ifPrefix || inv.Current().skip || inv.Collecting() ||
@@ -105,15 +103,16 @@ bool ReplayFromForm(Invocation &inv, char **next) {
         return true;
     }
     if (form->shape != LineForm::Shape::Plain) return false;
-    for (PlainSlot &slot : form->slots)
-        if (!Resolve(inv, slot)) return false;
     const char *text = inv.textStart;
+    for (PlainSlot &slot : form->slots)
+        if (!ResolveSlot(inv, text, slot)) return false;
+    if (inv.Current().lineIndex == 1) RunSteadyRows(inv);
     for (const PlainSlot &slot : form->slots) {
         inv.message[0] = '\0';
         inv.Write({text + slot.prefix, slot.start - slot.prefix});
         WriteKnown(inv, slot.index);
     }
-    inv.Write(text + form->tail);
+    inv.Write({text + form->tail, form->tailLength});
     *next = LineEnds(inv);
     return true;
 }

@@ -51,6 +51,14 @@ char *Ordinary(Invocation &inv, Placeholder &ph, char *pos);
 // index, doubling or image name, and its cycle bookkeeping (file mode).
 void WriteKnown(Invocation &inv, int index);
 
+// The text a plain placeholder of entry index writes in file mode (before
+// any escaping): its current value, or "<nil>".
+const char *KnownValue(const Invocation &inv, int index);
+
+// A value written into the page, escaped for HTML when the definition asks
+// for it; "<nil>" (the pointer KnownValue gives) is never escaped.
+void WritePlain(Invocation &inv, const char *value);
+
 // The text after a placeholder makes its value part of an image file name.
 bool ImageName(const char *text);
 
