@@ -22,9 +22,12 @@ namespace {
 
 // A list the iterations step: its index in the list of entries, its mark in
 // the engine's marks, and the slot of the row's values its value goes in.
+// While the rows run, nothing changes the list or the marks' room, so the
+// entry and the mark are held by address.
 struct SteppedList {
-    int entry = -1;
-    size_t mark = 0;
+    int index = -1;
+    EingabeElement *entry = nullptr;
+    ValueMark *mark = nullptr;
     size_t value = 0;
 };
 
@@ -88,7 +91,7 @@ bool PlanLists(Invocation &inv, const Body &body, RowPlan &plan) {
         if (entry.WertGesetzt < 2) continue;
         const int mark = MarkOf(inv, i, entry);
         if (mark < 0) return false;
-        plan.lists.push_back(SteppedList{i, static_cast<size_t>(mark)});
+        plan.lists.push_back(SteppedList{i, &(*inv.pList)[i], &inv.cycle.marks[static_cast<size_t>(mark)]});
     }
     return true;
 }
@@ -98,7 +101,7 @@ bool PlanLists(Invocation &inv, const Body &body, RowPlan &plan) {
 // entry of several values that no iteration steps.
 bool PlanValue(const Invocation &inv, const Body &body, int index, RowPlan &plan, RowPiece &piece) {
     for (const SteppedList &list : plan.lists)
-        if (list.entry == index) {
+        if (list.index == index) {
             piece.value = list.value;
             return true;
         }
@@ -159,11 +162,11 @@ void CopyPiece(char *to, std::string_view piece) {
 
 // The row's bytes, the value of each stepped list set first. A list past its
 // last value reads as the empty text.
-size_t SetValues(const Invocation &inv, RowPlan &plan) {
+size_t SetValues(RowPlan &plan) {
     size_t bytes = plan.fixedBytes;
     for (const SteppedList &list : plan.lists) {
-        const EingabeElement &entry = (*inv.pList)[list.entry];
-        const char *text = inv.cycle.marks[list.mark].index < entry.WertGesetzt ? entry.Wert + entry.WertPosition : "";
+        const EingabeElement &entry = *list.entry;
+        const char *text = list.mark->index < entry.WertGesetzt ? entry.Wert + entry.WertPosition : "";
         plan.values[list.value] = text;
         bytes += plan.values[list.value].size();
     }
@@ -180,7 +183,7 @@ void WritePieces(Invocation &inv, const RowPlan &plan) {
 }
 
 void WriteRow(Invocation &inv, RowPlan &plan) {
-    const size_t bytes = SetValues(inv, plan);
+    const size_t bytes = SetValues(plan);
     if (inv.escapeHtml || bytes > core::kPageBlockSize) {
         WritePieces(inv, plan);
         return;
@@ -196,10 +199,10 @@ void WriteRow(Invocation &inv, RowPlan &plan) {
 }
 
 // The lists go on by one value, a list past its last value stays there.
-void StepLists(Invocation &inv, const RowPlan &plan) {
+void StepLists(const RowPlan &plan) {
     for (const SteppedList &list : plan.lists) {
-        EingabeElement &entry = (*inv.pList)[list.entry];
-        ValueMark &mark = inv.cycle.marks[list.mark];
+        EingabeElement &entry = *list.entry;
+        ValueMark &mark = *list.mark;
         if (mark.index >= entry.WertGesetzt) continue;
         entry.WertPosition += static_cast<int>(plan.values[list.value].size()) + 1;
         mark.position = entry.WertPosition;
@@ -222,7 +225,7 @@ void RunSteadyRows(Invocation &inv) {
         WriteRow(inv, plan);
         ++level.counter;
         ++inv.cycle.iterations;
-        StepLists(inv, plan);
+        StepLists(plan);
     }
 }
 
