@@ -5,7 +5,6 @@
 // does not cover goes the general way.
 #include "template/line_form.h"
 
-#include <cctype>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -18,12 +17,22 @@ namespace kx::tmpl {
 namespace {
 
 constexpr const char *kCycleEnd = "{/CYCLE}";
+constexpr std::string_view kPageTextPrefix = "_txt_";
 constexpr size_t kCycleEndLength = std::char_traits<char>::length(kCycleEnd);
 
-bool NameCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+// ASCII letters and digits whatever the locale: a byte that some locale
+// counts as a letter only sends its placeholder the general way.
+bool NameCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
 
 // Only a name starting with one of these can be a directive or "CycleCount".
 bool DirectiveStart(char c) { return c == 'I' || c == '/' || c == 'D' || c == 'C'; }
+
+bool BraceMarkers(const Invocation &inv) {
+    return inv.startMarker.size() == 1 && inv.startMarker[0] == '{' && inv.endMarker.size() == 1 &&
+           inv.endMarker[0] == '}';
+}
 
 // The plain placeholder at start, if it is one; *after is where its line
 // goes on.
@@ -43,7 +52,7 @@ bool PlainAt(const char *start, PlainSlot *slot, const char **after) {
 
 void Parse(Invocation &inv, LineForm &form) {
     form.shape = LineForm::Shape::Other;
-    if (inv.startMarker != "{" || inv.endMarker != "}" || inv.DefineFrom(inv.textStart) ||
+    if (!BraceMarkers(inv) || inv.DefineFrom(inv.textStart) ||
         inv.IfCommentFrom(inv.textStart))
         return;
     const char *text = inv.textStart;
@@ -86,6 +95,30 @@ bool ResolveSlot(Invocation &inv, const char *text, PlainSlot &slot) {
     slot.count = count;
     slot.name = list[index].Name;
     slot.index = index;
+    return true;
+}
+
+bool PlainStep(Invocation &inv, char *pos, char **next) {
+    if (inv.stringMode || inv.cycle.level != 0 || inv.ifPrefix || inv.Current().skip || inv.Collecting() ||
+        _InCreateValueFromControl != 0 || !BraceMarkers(inv))
+        return false;
+    char *start = std::strchr(pos, '{');
+    if (start == nullptr || inv.DefineFrom(pos) || inv.IfCommentFrom(pos)) return false;
+    PlainSlot slot;
+    const char *after = nullptr;
+    if (!PlainAt(start, &slot, &after)) return false;
+    const std::string_view name(start + 1, slot.nameLength);
+    const int index = inv.names.Find(*inv.pList, *inv.pCount, name);
+    // An unknown "_txt_" name is a page text.
+    if (index >= *inv.pCount && name.starts_with(kPageTextPrefix)) return false;
+    inv.ClearName();
+    inv.message[0] = '\0';
+    inv.Write({pos, static_cast<size_t>(start - pos)});
+    if (index >= *inv.pCount)
+        inv.Write({start, static_cast<size_t>(after - start)});
+    else
+        WritePlain(inv, KnownValue(inv, index));
+    *next = const_cast<char *>(after);
     return true;
 }
 

@@ -62,6 +62,13 @@ void WritePlain(Invocation &inv, const char *value);
 // The text after a placeholder makes its value part of an image file name.
 bool ImageName(const char *text);
 
+// At the page's own level in file mode, with no IF withholding text and no
+// DEFINE or IF comment ahead on the line: the next placeholder from pos, when
+// it is plain (as in a parsed cycle line), is written with the text before it
+// (its value, or itself when no entry has its name); *next is where the line
+// goes on. False when the general way must take it.
+bool PlainStep(Invocation &inv, char *pos, char **next);
+
 // A stored line of text and plain placeholders is written whole from its
 // parsed form, and a stored /CYCLE line ends the iteration; *next is where
 // processing goes on. False when the line or this row needs the general way.
