@@ -29,20 +29,12 @@ bool NameCharacter(char c) {
 // Only a name starting with one of these can be a directive or "CycleCount".
 bool DirectiveStart(char c) { return c == 'I' || c == '/' || c == 'D' || c == 'C'; }
 
-bool BraceMarkers(const Invocation &inv) {
-    return inv.startMarker.size() == 1 && inv.startMarker[0] == '{' && inv.endMarker.size() == 1 &&
-           inv.endMarker[0] == '}';
-}
-
 // The plain placeholder at start, if it is one; *after is where its line
 // goes on.
 bool PlainAt(const char *start, PlainSlot *slot, const char **after) {
     const char *name = start + 1;
-    const char *end = name;
-    while (NameCharacter(*end)) ++end;
-    if (end == name || *end != '}' || DirectiveStart(*name)) return false;
-    // The pairing rules may take another end (after "javascript").
-    if (PairIt(start, "{", "}") != end) return false;
+    const char *end = PlainEnd(start);
+    if (end == nullptr || DirectiveStart(*name)) return false;
     const char *rest = end + 1;
     if ((rest[0] == '{' && rest[1] == '=') || ImageName(rest)) return false;
     slot->nameLength = static_cast<size_t>(end - name);
@@ -78,6 +70,32 @@ void Parse(Invocation &inv, LineForm &form) {
 }
 
 }  // namespace
+
+// PairIt passes over a "}" written right after "javascript"; with no "{"
+// inside a name, any other name is paired with the "}" that follows it.
+bool EndsLikeJavascript(std::string_view name) {
+    constexpr std::string_view kWord = "javascript";
+    if (name.size() < kWord.size()) return false;
+    const std::string_view tail = name.substr(name.size() - kWord.size());
+    constexpr char kLowerCaseBit = 0x20;
+    for (size_t i = 0; i < kWord.size(); ++i)
+        if ((tail[i] | kLowerCaseBit) != kWord[i]) return false;
+    return true;
+}
+
+const char *PlainEnd(const char *start) {
+    const char *name = start + 1;
+    const char *end = name;
+    while (NameCharacter(*end)) ++end;
+    if (end == name || *end != '}') return nullptr;
+    if (EndsLikeJavascript({name, static_cast<size_t>(end - name)})) return nullptr;
+    return end;
+}
+
+bool BraceMarkers(const Invocation &inv) {
+    return inv.startMarker.size() == 1 && inv.startMarker[0] == '{' && inv.endMarker.size() == 1 &&
+           inv.endMarker[0] == '}';
+}
 
 bool ResolveSlot(Invocation &inv, const char *text, PlainSlot &slot) {
     const EingabeElement *list = *inv.pList;

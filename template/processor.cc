@@ -163,7 +163,8 @@ bool ScanComplete(Invocation &inv, LineCursor &cursor) {
     for (;;) {
         char *brace = std::strchr(buffer + cursor.writePos, '{');
         if (brace == nullptr || !OpensPlaceholder(brace[1]) || !inv.markersDefined) return true;
-        const char *match = PairIt(brace, inv.startMarker.c_str(), inv.endMarker.c_str());
+        const char *plain = BraceMarkers(inv) ? PlainEnd(brace) : nullptr;
+        const char *match = plain != nullptr ? plain : PairIt(brace, inv.startMarker.c_str(), inv.endMarker.c_str());
         if (match == brace) break;
         cursor.writePos = static_cast<size_t>(match - buffer) + inv.endMarker.size();
         cursor.pending = 0;

@@ -9,6 +9,7 @@
 // same counters. The row that ends the cycle goes the general way, and so
 // does any body or row the plan does not cover.
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -39,12 +40,12 @@ struct RowPiece {
 
 // values[0] is the empty value after a line's last text run, then come the
 // texts no row changes, then the stepped lists' values, set at each row.
-// fixedBytes counts the text runs and the unchanging texts.
+// textBytes counts the text runs.
 struct RowPlan {
     std::vector<SteppedList> lists;
     std::vector<RowPiece> pieces;
     std::vector<std::string_view> values{std::string_view()};
-    size_t fixedBytes = 0;
+    size_t textBytes = 0;
 };
 
 // Lines 1 up to the last but one are text and plain placeholders, the last
@@ -111,7 +112,6 @@ bool PlanValue(const Invocation &inv, const Body &body, int index, RowPlan &plan
     if (!recorded && body.cycleName != entry.Name) return false;
     piece.value = plan.values.size();
     plan.values.emplace_back(KnownValue(inv, index));
-    plan.fixedBytes += plan.values.back().size();
     return true;
 }
 
@@ -132,7 +132,7 @@ bool PlanPieces(Invocation &inv, Body &body, RowPlan &plan) {
         }
         plan.pieces.push_back(RowPiece{{text + form.tail, form.tailLength}});
     }
-    for (const RowPiece &piece : plan.pieces) plan.fixedBytes += piece.text.size();
+    for (const RowPiece &piece : plan.pieces) plan.textBytes += piece.text.size();
     return true;
 }
 
@@ -161,15 +161,15 @@ void CopyPiece(char *to, std::string_view piece) {
 }
 
 // The row's bytes, the value of each stepped list set first. A list past its
-// last value reads as the empty text.
+// last value reads as the empty text. A value counts once per placeholder
+// that writes it: a list may be written twice in a row, or not at all.
 size_t SetValues(RowPlan &plan) {
-    size_t bytes = plan.fixedBytes;
     for (const SteppedList &list : plan.lists) {
         const EingabeElement &entry = *list.entry;
-        const char *text = list.mark->index < entry.WertGesetzt ? entry.Wert + entry.WertPosition : "";
-        plan.values[list.value] = text;
-        bytes += plan.values[list.value].size();
+        plan.values[list.value] = list.mark->index < entry.WertGesetzt ? entry.Wert + entry.WertPosition : "";
     }
+    size_t bytes = plan.textBytes;
+    for (const RowPiece &piece : plan.pieces) bytes += plan.values[piece.value].size();
     return bytes;
 }
 
@@ -188,7 +188,8 @@ void WriteRow(Invocation &inv, RowPlan &plan) {
         WritePieces(inv, plan);
         return;
     }
-    char *out = inv.page->Extend(bytes);
+    char *const room = inv.page->Extend(bytes);
+    char *out = room;
     for (const RowPiece &piece : plan.pieces) {
         CopyPiece(out, piece.text);
         out += piece.text.size();
@@ -196,6 +197,7 @@ void WriteRow(Invocation &inv, RowPlan &plan) {
         CopyPiece(out, value);
         out += value.size();
     }
+    assert(out == room + bytes);
 }
 
 // The lists go on by one value, a list past its last value stays there.
