@@ -109,7 +109,8 @@ bool PlanValue(const Invocation &inv, const Body &body, int index, RowPlan &plan
     const EingabeElement &entry = (*inv.pList)[index];
     if (entry.WertGesetzt >= 2) return false;
     const bool recorded = std::find(body.recorded.begin(), body.recorded.end(), entry.Name) != body.recorded.end();
-    if (!recorded && body.cycleName != entry.Name) return false;
+    const bool cycleList = !body.cycleName.empty() && body.cycleName == entry.Name;
+    if (!recorded && !cycleList) return false;
     piece.value = plan.values.size();
     plan.values.emplace_back(KnownValue(inv, index));
     return true;
