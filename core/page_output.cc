@@ -16,9 +16,8 @@ PageOutput *&Running() {
 
 }  // namespace
 
-PageOutput::PageOutput() : outer_(Running()) {
+PageOutput::PageOutput() : pending_(new char[kPageBlockSize]), outer_(Running()) {
     if (outer_ != nullptr) outer_->Flush();
-    pending_.reserve(kPageBlockSize);
     Running() = this;
 }
 
@@ -28,9 +27,9 @@ PageOutput::~PageOutput() {
 }
 
 void PageOutput::Flush() {
-    if (pending_.empty()) return;
-    std::fwrite(pending_.data(), 1, pending_.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);
-    pending_.clear();
+    if (used_ == 0) return;
+    std::fwrite(pending_.get(), 1, used_, _Utilsfpout != nullptr ? _Utilsfpout : stdout);
+    used_ = 0;
 }
 
 // A piece that does not fit: what is pending goes first, then a piece of a
@@ -38,7 +37,8 @@ void PageOutput::Flush() {
 void PageOutput::WriteBlock(std::string_view piece) {
     Flush();
     if (piece.size() < kPageBlockSize) {
-        pending_.append(piece);
+        std::memcpy(pending_.get(), piece.data(), piece.size());
+        used_ = piece.size();
         return;
     }
     std::fwrite(piece.data(), 1, piece.size(), _Utilsfpout != nullptr ? _Utilsfpout : stdout);

@@ -7,7 +7,8 @@
 #define KX_CORE_PAGE_OUTPUT_H
 
 #include <cstddef>
-#include <string>
+#include <cstring>
+#include <memory>
 #include <string_view>
 
 namespace kx::core {
@@ -24,9 +25,23 @@ public:
     PageOutput(const PageOutput &) = delete;
     PageOutput &operator=(const PageOutput &) = delete;
 
+    // Inline: a replayed row writes a few short pieces per value.
     void Write(std::string_view piece) {
-        if (pending_.size() + piece.size() <= kPageBlockSize) pending_.append(piece);
-        else WriteBlock(piece);
+        if (piece.size() <= kPageBlockSize - used_) {
+            std::memcpy(pending_.get() + used_, piece.data(), piece.size());
+            used_ += piece.size();
+        } else {
+            WriteBlock(piece);
+        }
+    }
+    // Room for n more bytes (n at most kPageBlockSize) at the end of the
+    // pending ones, after writing those out when they leave too little: the
+    // caller fills all n bytes before anything else is written.
+    char *Extend(std::size_t n) {
+        if (n > kPageBlockSize - used_) Flush();
+        char *room = pending_.get() + used_;
+        used_ += n;
+        return room;
     }
     // A large piece goes to the stream as it stands, after what is pending,
     // instead of through the buffer.
@@ -37,7 +52,8 @@ public:
 private:
     void WriteBlock(std::string_view piece);
 
-    std::string pending_;
+    std::unique_ptr<char[]> pending_; // kPageBlockSize bytes, used_ of them pending
+    std::size_t used_ = 0;
     PageOutput *outer_;
 };
 

@@ -99,9 +99,8 @@ void Record(Body &body, const EingabeElement *list, int index) {
     body.recordedAt.push_back(index);
 }
 
-// The indices of the entries whose Name texts the body recorded, in list
-// order: where each was recorded, or found again when the list has changed
-// since. They are put in the engine's room kept for them, which is returned.
+}  // namespace
+
 const std::vector<int> &RecordedIndices(Invocation &inv, const Body &body) {
     std::vector<int> &indices = inv.cycle.stepped;
     indices.clear();
@@ -116,6 +115,8 @@ const std::vector<int> &RecordedIndices(Invocation &inv, const Body &body) {
     std::sort(indices.begin(), indices.end());
     return indices;
 }
+
+namespace {
 
 // The stored line at the level's line index becomes the text processed.
 char *ReplayLine(Invocation &inv) {

@@ -4,6 +4,8 @@
 #ifndef KX_TEMPLATE_CYCLE_H
 #define KX_TEMPLATE_CYCLE_H
 
+#include <vector>
+
 #include "template/invocation.h"
 #include "template/placeholder.h"
 
@@ -45,6 +47,18 @@ void RecordEntry(Invocation &inv, int index);
 // the fixed one, else the iteration counter plus the offset of the group the
 // enclosing cycle stands on, else -1.
 int ControlCycleIndex(const Invocation &inv);
+
+// The indices of the entries whose Name texts the body recorded, in list
+// order: where each was recorded, or found again when the list has changed
+// since. They are put in the engine's room kept for them, which is returned.
+const std::vector<int> &RecordedIndices(Invocation &inv, const Body &body);
+
+// At the first stored line of a body being replayed: the rows that are sure
+// to end in a further iteration are written in one loop when every line of
+// the body is text and plain placeholders of steady entries, with the same
+// bytes and the same steps of the lists as the general replay. The row that
+// is then due goes the general way.
+void RunSteadyRows(Invocation &inv);
 
 // During a replay, the current text of a list the replay stepped, known
 // without walking its values; NULL when the replay does not know it.

@@ -5,7 +5,6 @@
 // does not cover goes the general way.
 #include "template/line_form.h"
 
-#include <cctype>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -18,9 +17,14 @@ namespace kx::tmpl {
 namespace {
 
 constexpr const char *kCycleEnd = "{/CYCLE}";
+constexpr std::string_view kPageTextPrefix = "_txt_";
 constexpr size_t kCycleEndLength = std::char_traits<char>::length(kCycleEnd);
 
-bool NameCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+// ASCII letters and digits whatever the locale: a byte that some locale
+// counts as a letter only sends its placeholder the general way.
+bool NameCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
 
 // Only a name starting with one of these can be a directive or "CycleCount".
 bool DirectiveStart(char c) { return c == 'I' || c == '/' || c == 'D' || c == 'C'; }
@@ -29,11 +33,8 @@ bool DirectiveStart(char c) { return c == 'I' || c == '/' || c == 'D' || c == 'C
 // goes on.
 bool PlainAt(const char *start, PlainSlot *slot, const char **after) {
     const char *name = start + 1;
-    const char *end = name;
-    while (NameCharacter(*end)) ++end;
-    if (end == name || *end != '}' || DirectiveStart(*name)) return false;
-    // The pairing rules may take another end (after "javascript").
-    if (PairIt(start, "{", "}") != end) return false;
+    const char *end = PlainEnd(start);
+    if (end == nullptr || DirectiveStart(*name)) return false;
     const char *rest = end + 1;
     if ((rest[0] == '{' && rest[1] == '=') || ImageName(rest)) return false;
     slot->nameLength = static_cast<size_t>(end - name);
@@ -43,7 +44,7 @@ bool PlainAt(const char *start, PlainSlot *slot, const char **after) {
 
 void Parse(Invocation &inv, LineForm &form) {
     form.shape = LineForm::Shape::Other;
-    if (inv.startMarker != "{" || inv.endMarker != "}" || inv.DefineFrom(inv.textStart) ||
+    if (!BraceMarkers(inv) || inv.DefineFrom(inv.textStart) ||
         inv.IfCommentFrom(inv.textStart))
         return;
     const char *text = inv.textStart;
@@ -64,16 +65,42 @@ void Parse(Invocation &inv, LineForm &form) {
     }
     form.slots = std::move(slots);
     form.tail = static_cast<size_t>(pos - text);
+    form.tailLength = std::strlen(pos);
     form.shape = LineForm::Shape::Plain;
 }
 
-// The slot's entry in the list as it is now: the one kept while the list,
-// its count and the entry's name are unchanged, else looked up anew. False
-// when no entry has the name.
-bool Resolve(Invocation &inv, PlainSlot &slot) {
+}  // namespace
+
+// PairIt passes over a "}" written right after "javascript"; with no "{"
+// inside a name, any other name is paired with the "}" that follows it.
+bool EndsLikeJavascript(std::string_view name) {
+    constexpr std::string_view kWord = "javascript";
+    if (name.size() < kWord.size()) return false;
+    const std::string_view tail = name.substr(name.size() - kWord.size());
+    constexpr char kLowerCaseBit = 0x20;
+    for (size_t i = 0; i < kWord.size(); ++i)
+        if ((tail[i] | kLowerCaseBit) != kWord[i]) return false;
+    return true;
+}
+
+const char *PlainEnd(const char *start) {
+    const char *name = start + 1;
+    const char *end = name;
+    while (NameCharacter(*end)) ++end;
+    if (end == name || *end != '}') return nullptr;
+    if (EndsLikeJavascript({name, static_cast<size_t>(end - name)})) return nullptr;
+    return end;
+}
+
+bool BraceMarkers(const Invocation &inv) {
+    return inv.startMarker.size() == 1 && inv.startMarker[0] == '{' && inv.endMarker.size() == 1 &&
+           inv.endMarker[0] == '}';
+}
+
+bool ResolveSlot(Invocation &inv, const char *text, PlainSlot &slot) {
     const EingabeElement *list = *inv.pList;
     const int count = *inv.pCount;
-    const char *name = inv.textStart + slot.start + 1;
+    const char *name = text + slot.start + 1;
     if (slot.list == list && slot.count == count && slot.index >= 0 && slot.index < count) {
         const EingabeElement &entry = list[slot.index];
         if (entry.Name == slot.name && entry.NameLaenge == slot.nameLength &&
@@ -89,7 +116,29 @@ bool Resolve(Invocation &inv, PlainSlot &slot) {
     return true;
 }
 
-}  // namespace
+bool PlainStep(Invocation &inv, char *pos, char **next) {
+    if (inv.stringMode || inv.cycle.level != 0 || inv.ifPrefix || inv.Current().skip || inv.Collecting() ||
+        _InCreateValueFromControl != 0 || !BraceMarkers(inv))
+        return false;
+    char *start = std::strchr(pos, '{');
+    if (start == nullptr || inv.DefineFrom(pos) || inv.IfCommentFrom(pos)) return false;
+    PlainSlot slot;
+    const char *after = nullptr;
+    if (!PlainAt(start, &slot, &after)) return false;
+    const std::string_view name(start + 1, slot.nameLength);
+    const int index = inv.names.Find(*inv.pList, *inv.pCount, name);
+    // An unknown "_txt_" name is a page text.
+    if (index >= *inv.pCount && name.starts_with(kPageTextPrefix)) return false;
+    inv.ClearName();
+    inv.message[0] = '\0';
+    inv.Write({pos, static_cast<size_t>(start - pos)});
+    if (index >= *inv.pCount)
+        inv.Write({start, static_cast<size_t>(after - start)});
+    else
+        WritePlain(inv, KnownValue(inv, index));
+    *next = const_cast<char *>(after);
+    return true;
+}
 
 bool ReplayFromForm(Invocation &inv, char **next) {
     LineForm *form = inv.form;
@@ -105,15 +154,16 @@ bool ReplayFromForm(Invocation &inv, char **next) {
         return true;
     }
     if (form->shape != LineForm::Shape::Plain) return false;
-    for (PlainSlot &slot : form->slots)
-        if (!Resolve(inv, slot)) return false;
     const char *text = inv.textStart;
+    for (PlainSlot &slot : form->slots)
+        if (!ResolveSlot(inv, text, slot)) return false;
+    if (inv.Current().lineIndex == 1) RunSteadyRows(inv);
     for (const PlainSlot &slot : form->slots) {
         inv.message[0] = '\0';
         inv.Write({text + slot.prefix, slot.start - slot.prefix});
         WriteKnown(inv, slot.index);
     }
-    inv.Write(text + form->tail);
+    inv.Write({text + form->tail, form->tailLength});
     *next = LineEnds(inv);
     return true;
 }

@@ -34,8 +34,24 @@ struct LineForm {
     enum class Shape { Unparsed, Plain, CycleEnd, Other };
     Shape shape = Shape::Unparsed;
     std::vector<PlainSlot> slots;
-    size_t tail = 0; // the text after the last placeholder
+    size_t tail = 0;       // the text after the last placeholder
+    size_t tailLength = 0; // its length, up to the line's end
 };
+
+struct Invocation;
+
+// With the markers "{" and "}": the end that PairIt pairs with the "{" at
+// start, when a name of ASCII letters, digits and "_" lies between them;
+// NULL for any other placeholder.
+const char *PlainEnd(const char *start);
+
+// The markers are "{" and "}".
+bool BraceMarkers(const Invocation &inv);
+
+// The slot's entry in the list as it is now, for the stored line text: the
+// one kept while the list, its count and the entry's name are unchanged, else
+// looked up anew. False when no entry has the name.
+bool ResolveSlot(Invocation &inv, const char *text, PlainSlot &slot);
 
 }  // namespace kx::tmpl
 

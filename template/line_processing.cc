@@ -153,7 +153,10 @@ void ProcessText(Invocation &inv, char *text) {
     inv.StartText(text);
     for (char *pos = text; pos != nullptr;) {
         char *next = nullptr;
-        pos = pos == inv.textStart && ReplayFromForm(inv, &next) ? next : Step(inv, pos);
+        if (pos == inv.textStart && ReplayFromForm(inv, &next))
+            pos = next;
+        else
+            pos = PlainStep(inv, pos, &next) ? next : Step(inv, pos);
     }
     inv.ClearName();
 }

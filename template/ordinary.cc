@@ -136,14 +136,6 @@ const char *FileModeValue(const Invocation &inv, const EingabeElement *entry, in
     return text != nullptr ? text : kNil;
 }
 
-// A value written into the page; escaped for HTML when the definition asks
-// for it. "<nil>" is the engine's own mark, never a value, and stays.
-void WritePlain(Invocation &inv, const char *value) {
-    if (inv.escapeHtml && value != nullptr && value != kNil)
-        inv.Write(core::HtmlEscaped(value));
-    else
-        inv.Write(value);
-}
 
 void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *owned,
                 bool image) {
@@ -163,6 +155,18 @@ void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *o
 }
 
 }  // namespace
+
+// "<nil>" is the engine's own mark, never a value, and stays.
+void WritePlain(Invocation &inv, const char *value) {
+    if (inv.escapeHtml && value != nullptr && value != kNil)
+        inv.Write(core::HtmlEscaped(value));
+    else
+        inv.Write(value);
+}
+
+const char *KnownValue(const Invocation &inv, int index) {
+    return FileModeValue(inv, EntryAt(inv.pCount, inv.pList, index), index, -1);
+}
 
 namespace {
 
@@ -196,7 +200,7 @@ void WriteKnown(Invocation &inv, int index) {
     CountIterations(inv, index, -1);
     {
         const CycleValue value(inv, index);
-        WritePlain(inv, FileModeValue(inv, EntryAt(inv.pCount, inv.pList, index), index, -1));
+        WritePlain(inv, KnownValue(inv, index));
     }
     RecordEntry(inv, index);
 }

@@ -51,8 +51,23 @@ char *Ordinary(Invocation &inv, Placeholder &ph, char *pos);
 // index, doubling or image name, and its cycle bookkeeping (file mode).
 void WriteKnown(Invocation &inv, int index);
 
+// The text a plain placeholder of entry index writes in file mode (before
+// any escaping): its current value, or "<nil>".
+const char *KnownValue(const Invocation &inv, int index);
+
+// A value written into the page, escaped for HTML when the definition asks
+// for it; "<nil>" (the pointer KnownValue gives) is never escaped.
+void WritePlain(Invocation &inv, const char *value);
+
 // The text after a placeholder makes its value part of an image file name.
 bool ImageName(const char *text);
+
+// At the page's own level in file mode, with no IF withholding text and no
+// DEFINE or IF comment ahead on the line: the next placeholder from pos, when
+// it is plain (as in a parsed cycle line), is written with the text before it
+// (its value, or itself when no entry has its name); *next is where the line
+// goes on. False when the general way must take it.
+bool PlainStep(Invocation &inv, char *pos, char **next);
 
 // A stored line of text and plain placeholders is written whole from its
 // parsed form, and a stored /CYCLE line ends the iteration; *next is where

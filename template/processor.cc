@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "companion/libKXUtils.h"
 #include "core/entry.h"
@@ -162,7 +163,8 @@ bool ScanComplete(Invocation &inv, LineCursor &cursor) {
     for (;;) {
         char *brace = std::strchr(buffer + cursor.writePos, '{');
         if (brace == nullptr || !OpensPlaceholder(brace[1]) || !inv.markersDefined) return true;
-        const char *match = PairIt(brace, inv.startMarker.c_str(), inv.endMarker.c_str());
+        const char *plain = BraceMarkers(inv) ? PlainEnd(brace) : nullptr;
+        const char *match = plain != nullptr ? plain : PairIt(brace, inv.startMarker.c_str(), inv.endMarker.c_str());
         if (match == brace) break;
         cursor.writePos = static_cast<size_t>(match - buffer) + inv.endMarker.size();
         cursor.pending = 0;
@@ -299,10 +301,20 @@ void Invocation::Write(std::string_view piece) {
 
 namespace {
 
-const char *LastOf(const char *text, const char *word) {
-    const char *last = nullptr;
-    for (const char *hit = std::strstr(text, word); hit != nullptr; hit = std::strstr(hit + 1, word)) last = hit;
-    return last;
+// The last start of word in text[0, length), found from the end: memrchr
+// looks for the word's byte at key, chosen so that a line full of "<", "/"
+// or "{" does not stop at each of them.
+const char *LastOf(const char *text, size_t length, std::string_view word, size_t key) {
+    if (length < word.size()) return nullptr;
+    size_t starts = length - word.size() + 1;
+    while (starts > 0) {
+        const auto *hit = static_cast<const char *>(memrchr(text + key, word[key], starts));
+        if (hit == nullptr) return nullptr;
+        const size_t start = static_cast<size_t>(hit - text) - key;
+        if (std::memcmp(text + start, word.data(), word.size()) == 0) return text + start;
+        starts = start;
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -322,9 +334,12 @@ void Invocation::FindLasts() {
         lastIfComment = form->lastIfComment < 0 ? nullptr : textStart + form->lastIfComment;
         return;
     }
-    lastDefine = LastOf(textStart, "DEFINE");
-    lastIfComment = std::max(LastOf(textStart, kIfComment.data()), LastOf(textStart, kIfScriptComment.data()),
-                             std::less<>());
+    const size_t length = std::strlen(textStart);
+    // The comments' "I" (at 3) is rarer in a page than their "<", "/" or "{".
+    constexpr size_t kCommentIf = 3;
+    lastDefine = LastOf(textStart, length, "DEFINE", 0);
+    lastIfComment = std::max(LastOf(textStart, length, kIfComment, kCommentIf),
+                             LastOf(textStart, length, kIfScriptComment, kCommentIf), std::less<>());
     if (form == nullptr) return;
     form->lastsKnown = true;
     form->lastDefine = lastDefine == nullptr ? -1 : lastDefine - textStart;

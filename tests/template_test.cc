@@ -165,6 +165,9 @@ TEST_F(Template, EscapeHtmlFromTheDefinition) {
     Set("EscapeHtml", "no");
     EXPECT_EQ(Page(page), "<p title=\"&lt;script&gt;&#39;&amp;&quot;\">&lt;script&gt;&#39;&amp;&quot; "
                           "&lt;script%3E%27%26%22 <nil> &lt;script&gt;&#39;&amp;&quot;</p>\n");
+    SetList("v", {"<a>", "b&", "'c'", "d"});
+    EXPECT_EQ(Page("<!{CYCLE}>\n[{v}|{unset}]\n<!{/CYCLE}>\n"),
+              "[&lt;a&gt;|<nil>]\n[b&amp;|<nil>]\n[&#39;c&#39;|<nil>]\n[d|<nil>]\n") << "rows of a cycle";
 }
 
 // Nested selections evaluate their inner texts again at each level: the
