@@ -5,6 +5,7 @@
 // look-ups over a MIB directory without IETF MIBs, TRAP-TYPE descriptions
 // with their annotations, and broken MIB texts.
 #include <fcntl.h>
+#include <regex.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -118,6 +119,35 @@ TEST(KXUtils, FilesAndSizes) {
     EXPECT_EQ(KXUtilsFileSize(dir.Write("zero", "").c_str()), 0);
     EXPECT_EQ(KXUtilsFileSize((dir.path() + "/none").c_str()), -1);
     EXPECT_EQ(KXUtilsFileSize(nullptr), -1);
+}
+
+TEST(KXUtils, ListingsMatchAsTheExpressionWould) {
+    // Suffix expressions are matched without the regular expression engine;
+    // every expression must list exactly the names regexec admits.
+    TempDir dir;
+    const std::vector<std::string> names = {"A.mib", "b.MIB", "c.MiB", "d.mibx", "mib", ".mib.txt", "e.m1b",
+                                            "f\nx.mib", "g\xe9.Mib", "h.txt", "i.tXt", "j]k", "k-l", "x",
+                                            "[x", "dir.mib"};
+    for (const std::string &name : names) dir.Write(name == "dir.mib" ? name + "/inside" : name, "x");
+    const char *expressions[] = {".*[.][Mm][Ii][Bb]$", ".*[.][Mm][Ii][Bb]", ".*.mib", ".*[.]txt$", ".*[tT]",
+                                 ".*]k", ".*[-]l", ".*x", ".*[]]k", ".*[^x]", ".*[a-z]$", ".*\\.txt",
+                                 ".*", ".*$", "x", ".*b*", ".*[[]x"};
+    for (const char *expression : expressions) {
+        regex_t regex;
+        ASSERT_EQ(regcomp(&regex, ("^(" + std::string(expression) + ")$").c_str(), REG_EXTENDED | REG_NOSUB), 0)
+            << expression;
+        std::vector<std::string> expected;
+        for (const std::string &name : names)
+            if (name != "dir.mib" && name[0] != '.' && regexec(&regex, name.c_str(), 0, nullptr, 0) == 0)
+                expected.push_back(name);
+        regfree(&regex);
+        std::sort(expected.begin(), expected.end());
+        int count = -1;
+        char **list = nullptr;
+        ASSERT_EQ(ListDirectory(dir.path().c_str(), 0, 0, 0, 1, &expression, &count, &list), 0) << expression;
+        EXPECT_EQ(std::vector<std::string>(list, list + count), expected) << expression;
+        KXUtilsFreeResources(list);
+    }
 }
 
 TEST(KXUtils, WholeFileOperations) {
