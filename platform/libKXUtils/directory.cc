@@ -36,37 +36,36 @@ using ByteSet = std::bitset<256>;
 // about 100,000 instructions for a listing of one MIB file. Only in a locale
 // of single-byte characters, where "." admits every byte of a name; in a
 // multibyte locale a name that is not a valid text does not match ".*".
-// Empty when the expression is not of that form.
-std::vector<ByteSet> SuffixPositions(const char *source) {
+// False when the expression is not of that form. ".*" alone, the listing of
+// every file, has no positions.
+bool SuffixPositions(const char *source, std::vector<ByteSet> &positions) {
     constexpr std::string_view kSpecial = ".[]()*+?{}|^$\\";
-    if (MB_CUR_MAX != 1 || std::strncmp(source, ".*", 2) != 0) return {};
-    std::vector<ByteSet> positions;
+    if (MB_CUR_MAX != 1 || std::strncmp(source, ".*", 2) != 0) return false;
     for (const char *at = source + 2; *at != '\0';) {
         if (at[0] == '$' && at[1] == '\0') break;
         ByteSet admitted;
         if (*at == '[') {
             // No negation, ranges, classes or a leading "]": plain members only.
             for (++at; *at != ']'; ++at) {
-                if (*at == '\0' || *at == '^' || *at == '-' || *at == '[' || *at == '\\') return {};
+                if (*at == '\0' || *at == '^' || *at == '-' || *at == '[' || *at == '\\') return false;
                 admitted.set(static_cast<unsigned char>(*at));
             }
-            if (admitted.none()) return {};
+            if (admitted.none()) return false;
         } else {
-            if (kSpecial.find(*at) != std::string_view::npos) return {};
+            if (kSpecial.find(*at) != std::string_view::npos) return false;
             admitted.set(static_cast<unsigned char>(*at));
         }
         ++at;
         positions.push_back(admitted);
     }
-    if (positions.empty()) return {};
-    return positions;
+    return true;
 }
 
 // A compiled expression that must match a whole name.
 class WholeNameExpression {
 public:
-    explicit WholeNameExpression(const char *source) : suffix_(SuffixPositions(source)) {
-        if (suffix_.empty())
+    explicit WholeNameExpression(const char *source) : plain_(SuffixPositions(source, suffix_)) {
+        if (!plain_)
             ok_ = regcomp(&regex_, ("^(" + std::string(source) + ")$").c_str(), REG_EXTENDED | REG_NOSUB) == 0;
     }
     ~WholeNameExpression() {
@@ -75,7 +74,7 @@ public:
     WholeNameExpression(const WholeNameExpression &) = delete;
     WholeNameExpression &operator=(const WholeNameExpression &) = delete;
     bool Matches(const char *name) const {
-        if (suffix_.empty()) return ok_ && regexec(&regex_, name, 0, nullptr, 0) == 0;
+        if (!plain_) return ok_ && regexec(&regex_, name, 0, nullptr, 0) == 0;
         const std::size_t length = std::strlen(name);
         if (length < suffix_.size()) return false;
         const char *end = name + length - suffix_.size();
@@ -86,6 +85,7 @@ public:
 
 private:
     std::vector<ByteSet> suffix_;
+    bool plain_;
     regex_t regex_{};
     bool ok_ = false;
 };
