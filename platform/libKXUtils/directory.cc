@@ -39,7 +39,7 @@ using ByteSet = std::bitset<256>;
 // False when the expression is not of that form. ".*" alone, the listing of
 // every file, has no positions.
 bool SuffixPositions(const char *source, std::vector<ByteSet> &positions) {
-    constexpr std::string_view kSpecial = ".[]()*+?{}|^$\\";
+    constexpr std::string_view kOperators = ".[]()*+?{}|^$\\";
     if (MB_CUR_MAX != 1 || std::strncmp(source, ".*", 2) != 0) return false;
     for (const char *at = source + 2; *at != '\0';) {
         if (at[0] == '$' && at[1] == '\0') break;
@@ -52,7 +52,7 @@ bool SuffixPositions(const char *source, std::vector<ByteSet> &positions) {
             }
             if (admitted.none()) return false;
         } else {
-            if (kSpecial.find(*at) != std::string_view::npos) return false;
+            if (kOperators.find(*at) != std::string_view::npos) return false;
             admitted.set(static_cast<unsigned char>(*at));
         }
         ++at;
