@@ -182,6 +182,10 @@ void Move16(char *to, const char *from) { std::memcpy(to, from, kMove); }
 // past the last run and the page has core::kPageSlack past its room, and
 // what a move writes past the run the next piece overwrites.
 void CopyText(char *to, const char *from, size_t n) {
+    if (n <= kMove) {
+        Move16(to, from);
+        return;
+    }
     size_t done = 0;
     do {
         Move16(to + done, from + done);
@@ -268,6 +272,7 @@ void WriteRows(Invocation &inv, RowPlan &plan, long rows) {
             }
         }
         rows -= run;
+        for (Cursor &cursor : live) cursor.index += static_cast<int>(run);
         Cursor *const first = live.data();
         Cursor *const last = first + live.size();
         for (; run > 0; --run) {
@@ -278,7 +283,6 @@ void WriteRows(Invocation &inv, RowPlan &plan, long rows) {
                 *cursor->value = RowValue{data, size};
                 bytes += size * cursor->uses;
                 cursor->position += static_cast<int>(size) + 1;
-                ++cursor->index;
             }
             if (direct && bytes <= core::kPageBlockSize) {
                 char *const room = inv.page->Extend(bytes);
