@@ -15,12 +15,9 @@ constexpr int kIndexedFrom = 16;
 
 // So are the first lookups in a list not yet indexed: an operation that
 // looks up a few names (a page of one cycle row) walks the list a few times
-// instead of indexing every name of a long list. The walks stop once they
-// would pass kWalkedEntries entries in all: indexing an entry costs about as
-// much as walking past ten, so a list of thousands is indexed at its first
-// lookup rather than walked 32 times.
+// instead of indexing every name of a long list; indexing it costs about as
+// much as a thousand walks.
 constexpr int kWalkedLookups = 32;
-constexpr long kWalkedEntries = 8192;
 
 // The table starts with this many slots and is at most half full, so a
 // probe ends at a free slot after a step or two.
@@ -80,7 +77,7 @@ std::string_view NameOf(const EingabeElement &entry) { return {entry.Name, entry
 
 int NameIndex::Find(const EingabeElement *list, int count, std::string_view name) {
     if (list == nullptr || count < kIndexedFrom) return FindEntry(list, count, name);
-    if (indexed_ == 0 && walked_ < kWalkedLookups && static_cast<long>(walked_ + 1) * count <= kWalkedEntries) {
+    if (indexed_ == 0 && walked_ < kWalkedLookups) {
         ++walked_;
         return FindEntry(list, count, name);
     }
