@@ -16,7 +16,7 @@ PageOutput *&Running() {
 
 }  // namespace
 
-PageOutput::PageOutput() : pending_(new char[kPageBlockSize]), outer_(Running()) {
+PageOutput::PageOutput() : pending_(new char[kPageBlockSize + kPageSlack]), outer_(Running()) {
     if (outer_ != nullptr) outer_->Flush();
     Running() = this;
 }

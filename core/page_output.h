@@ -15,6 +15,10 @@ namespace kx::core {
 
 // The buffer is written out once it holds this many bytes.
 inline constexpr std::size_t kPageBlockSize = 64 * 1024;
+// The buffer has this many bytes more behind its block: a writer filling
+// the room Extend gave may copy in whole moves that pass its end by up to
+// kPageSlack bytes, which the next piece overwrites and no flush writes.
+inline constexpr std::size_t kPageSlack = 64;
 
 // The output of one file-mode call. While it lives, it is the running page's
 // output; a call within a call takes over after flushing the outer one.
@@ -36,7 +40,8 @@ public:
     }
     // Room for n more bytes (n at most kPageBlockSize) at the end of the
     // pending ones, after writing those out when they leave too little: the
-    // caller fills all n bytes before anything else is written.
+    // caller fills all n bytes before anything else is written, and may
+    // write up to kPageSlack bytes more, which are not kept.
     char *Extend(std::size_t n) {
         if (n > kPageBlockSize - used_) Flush();
         char *room = pending_.get() + used_;
@@ -52,7 +57,7 @@ public:
 private:
     void WriteBlock(std::string_view piece);
 
-    std::unique_ptr<char[]> pending_; // kPageBlockSize bytes, used_ of them pending
+    std::unique_ptr<char[]> pending_; // kPageBlockSize + kPageSlack bytes, used_ of them pending
     std::size_t used_ = 0;
     PageOutput *outer_;
 };

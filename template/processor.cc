@@ -67,18 +67,26 @@ void AllocateLine(Invocation &inv, size_t inputSize) {
     inv.line[0] = '\0';
 }
 
+// The entry of one of the call's settings, through the call's name index:
+// on a long list the index serves the page's placeholders too, instead of a
+// walk of the list per setting.
+int SettingIndex(Invocation &inv, std::string_view name) {
+    if (*inv.pList == nullptr) return *inv.pCount;
+    return inv.names.Find(*inv.pList, *inv.pCount, name);
+}
+
 // "EscapeHtml": only the definition's default counts, so that no request can
 // turn the escaping off.
-bool EscapeHtmlWanted(const Invocation &inv) {
-    const int index = EingabewertIndex("EscapeHtml", *inv.pList, *inv.pCount);
+bool EscapeHtmlWanted(Invocation &inv) {
+    const int index = SettingIndex(inv, "EscapeHtml");
     if (index >= *inv.pCount) return false;
     const char *text = (*inv.pList)[index].Vorgabe;
     return text != nullptr && (*text == 'y' || *text == 'Y');
 }
 
 // "DeleteCopyright": Wert when it is set and not empty, else Vorgabe.
-bool DeleteCopyrightWanted(const Invocation &inv) {
-    const int index = EingabewertIndex("DeleteCopyright", *inv.pList, *inv.pCount);
+bool DeleteCopyrightWanted(Invocation &inv) {
+    const int index = SettingIndex(inv, "DeleteCopyright");
     if (index >= *inv.pCount) return false;
     const char *text = SettingText((*inv.pList)[index]);
     return text != nullptr && (*text == 'y' || *text == 'Y');
@@ -243,7 +251,7 @@ void Run(Invocation &inv, TemplateReader *in, const char *text) {
 // A page of another name than its application's gives the user an id. The
 // names' last characters are not compared.
 void CheckUserId(Invocation &inv) {
-    const int index = EingabewertIndex("Application", *inv.pList, *inv.pCount);
+    const int index = SettingIndex(inv, "Application");
     const char *current = CurrentTextAt(inv.pCount, inv.pList, index);
     const std::string application(current != nullptr ? current : "");
     const std::string_view app = KXUtilsBasename(application.c_str(), 0);

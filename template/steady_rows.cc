@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -32,21 +33,36 @@ struct SteppedList {
     size_t value = 0;
 };
 
-// One piece of a row: a text run, then a value from the row's values.
+// A value of a row: where its bytes start and how many there are.
+struct RowValue {
+    const char *data = "";
+    size_t size = 0;
+};
+
+// One piece of a row: a text run, then the value in the row's values[value].
+// The text lies in RowPlan::texts.
 struct RowPiece {
-    std::string_view text;
+    size_t text = 0;
+    size_t textSize = 0;
     size_t value = 0;
 };
 
-// values[0] is the empty value after a line's last text run, then come the
+// values[0] is the empty value after the row's last text run, then come the
 // texts no row changes, then the stepped lists' values, set at each row.
-// textBytes counts the text runs.
+// The text runs are gathered in texts, a run that ends a line joined with the
+// one that begins the next, and texts has kTextSlack bytes more at its end,
+// so that a run can be copied in whole moves of 16 bytes.
 struct RowPlan {
     std::vector<SteppedList> lists;
     std::vector<RowPiece> pieces;
-    std::vector<std::string_view> values{std::string_view()};
+    std::vector<RowValue> values{RowValue{}};
+    std::string texts;
     size_t textBytes = 0;
 };
+
+constexpr size_t kMove = 16;
+constexpr size_t kTextSlack = kMove;
+static_assert(core::kPageSlack >= kMove, "a run's last move may pass its end");
 
 // Lines 1 up to the last but one are text and plain placeholders, the last
 // is the /CYCLE, and no nested body starts in between.
@@ -85,14 +101,19 @@ int MarkOf(const Invocation &inv, int index, const EingabeElement &entry) {
 }
 
 // The lists each iteration steps: the recorded entries holding two values or
-// more. False when one of them stands where the general step would walk.
+// more. False when one of them stands where the general step would walk, or
+// when two of them are one entry or share a mark (the general step moves such
+// an entry once per list).
 bool PlanLists(Invocation &inv, const Body &body, RowPlan &plan) {
     for (const int i : RecordedIndices(inv, body)) {
         const EingabeElement &entry = (*inv.pList)[i];
         if (entry.WertGesetzt < 2) continue;
         const int mark = MarkOf(inv, i, entry);
         if (mark < 0) return false;
-        plan.lists.push_back(SteppedList{i, &(*inv.pList)[i], &inv.cycle.marks[static_cast<size_t>(mark)]});
+        ValueMark *const held = &inv.cycle.marks[static_cast<size_t>(mark)];
+        for (const SteppedList &list : plan.lists)
+            if (list.index == i || list.mark == held) return false;
+        plan.lists.push_back(SteppedList{i, &(*inv.pList)[i], held});
     }
     return true;
 }
@@ -112,8 +133,18 @@ bool PlanValue(const Invocation &inv, const Body &body, int index, RowPlan &plan
     const bool cycleList = !body.cycleName.empty() && body.cycleName == entry.Name;
     if (!recorded && !cycleList) return false;
     piece.value = plan.values.size();
-    plan.values.emplace_back(KnownValue(inv, index));
+    const char *text = KnownValue(inv, index);
+    plan.values.push_back(RowValue{text, std::strlen(text)});
     return true;
+}
+
+// A text run goes on the last piece when that piece has no value yet (the
+// tail of one line and the start of the next), else it starts a piece.
+void AddText(RowPlan &plan, const char *text, size_t size) {
+    if (plan.pieces.empty() || plan.pieces.back().value != 0)
+        plan.pieces.push_back(RowPiece{plan.texts.size(), 0, 0});
+    plan.texts.append(text, size);
+    plan.pieces.back().textSize += size;
 }
 
 // The pieces of the stored lines between CYCLE and /CYCLE, in order.
@@ -127,13 +158,13 @@ bool PlanPieces(Invocation &inv, Body &body, RowPlan &plan) {
         LineForm &form = body.forms[i];
         for (PlainSlot &slot : form.slots) {
             if (!ResolveSlot(inv, text, slot)) return false;
-            RowPiece piece{{text + slot.prefix, slot.start - slot.prefix}};
-            if (!PlanValue(inv, body, slot.index, plan, piece)) return false;
-            plan.pieces.push_back(piece);
+            AddText(plan, text + slot.prefix, slot.start - slot.prefix);
+            if (!PlanValue(inv, body, slot.index, plan, plan.pieces.back())) return false;
         }
-        plan.pieces.push_back(RowPiece{{text + form.tail, form.tailLength}});
+        AddText(plan, text + form.tail, form.tailLength);
     }
-    for (const RowPiece &piece : plan.pieces) plan.textBytes += piece.text.size();
+    plan.texts.append(kTextSlack, '\0');
+    for (const RowPiece &piece : plan.pieces) plan.textBytes += piece.textSize;
     return true;
 }
 
@@ -145,71 +176,139 @@ void CountValues(Invocation &inv, Body &body) {
             body.limit = std::max(body.limit, (*inv.pList)[slot.index].WertGesetzt);
 }
 
-// Short pieces are copied inline: two overlapping moves of 8 or 4 bytes
-// cover any length up to 16 within the piece's own bytes.
-void CopyPiece(char *to, std::string_view piece) {
-    const char *from = piece.data();
-    const size_t n = piece.size();
-    if (n >= 8 && n <= 16) {
-        std::memcpy(to, from, 8);
-        std::memcpy(to + n - 8, from + n - 8, 8);
-    } else if (n >= 4 && n < 8) {
-        std::memcpy(to, from, 4);
-        std::memcpy(to + n - 4, from + n - 4, 4);
-    } else if (n > 0) {
-        std::memcpy(to, from, n);
+void Move16(char *to, const char *from) { std::memcpy(to, from, kMove); }
+
+// A text run, in whole moves of 16 bytes: its source has kTextSlack bytes
+// past the last run and the page has core::kPageSlack past its room, and
+// what a move writes past the run the next piece overwrites.
+void CopyText(char *to, const char *from, size_t n) {
+    if (n <= kMove) {
+        Move16(to, from);
+        return;
     }
+    size_t done = 0;
+    do {
+        Move16(to + done, from + done);
+        done += kMove;
+    } while (done < n);
 }
 
-// The row's bytes, the value of each stepped list set first. A list past its
-// last value reads as the empty text. A value counts once per placeholder
-// that writes it: a list may be written twice in a row, or not at all.
-size_t SetValues(RowPlan &plan) {
-    for (const SteppedList &list : plan.lists) {
-        const EingabeElement &entry = *list.entry;
-        plan.values[list.value] = list.mark->index < entry.WertGesetzt ? entry.Wert + entry.WertPosition : "";
+// A value is read only within its bytes (the list's last value may end its
+// block): overlapping moves of 16, 8 or 4 bytes inside the value, and single
+// bytes below 4.
+void CopyValue(char *to, const char *from, size_t n) {
+    if (n >= kMove) {
+        for (size_t done = 0; done + kMove < n; done += kMove) Move16(to + done, from + done);
+        Move16(to + n - kMove, from + n - kMove);
+    } else if (n >= 8) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + n - 8, from + n - 8, 8);
+    } else if (n >= 4) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + n - 4, from + n - 4, 4);
+    } else {
+        for (size_t i = 0; i < n; ++i) to[i] = from[i];
     }
-    size_t bytes = plan.textBytes;
-    for (const RowPiece &piece : plan.pieces) bytes += plan.values[piece.value].size();
-    return bytes;
 }
 
 // With HTML escaping, or for a row longer than the page's block, the pieces
 // go one by one the general way.
 void WritePieces(Invocation &inv, const RowPlan &plan) {
     for (const RowPiece &piece : plan.pieces) {
-        inv.Write(piece.text);
-        if (piece.value != 0) WritePlain(inv, plan.values[piece.value].data());
+        inv.Write({plan.texts.data() + piece.text, piece.textSize});
+        if (piece.value != 0) WritePlain(inv, plan.values[piece.value].data);
     }
 }
 
-void WriteRow(Invocation &inv, RowPlan &plan) {
-    const size_t bytes = SetValues(plan);
-    if (inv.escapeHtml || bytes > core::kPageBlockSize) {
-        WritePieces(inv, plan);
-        return;
-    }
-    char *const room = inv.page->Extend(bytes);
-    char *out = room;
-    for (const RowPiece &piece : plan.pieces) {
-        CopyPiece(out, piece.text);
-        out += piece.text.size();
-        const std::string_view value = plan.values[piece.value];
-        CopyPiece(out, value);
-        out += value.size();
-    }
-    assert(out == room + bytes);
-}
+// Where a stepped list stands while the rows run: its value number and
+// WertPosition, written back to the entry and its mark after the last row;
+// the row's value it sets, and how many placeholders write that value.
+struct Cursor {
+    const char *wert;
+    int count;
+    int index;
+    int position;
+    RowValue *value;
+    size_t uses;
+};
 
-// The lists go on by one value, a list past its last value stays there.
-void StepLists(const RowPlan &plan) {
+// A piece as the loop reads it: its text run by address.
+struct RowStep {
+    const char *text;
+    size_t textSize;
+    const RowValue *value;
+};
+
+// Writes rows rows in runs during which no list runs out: within a run every
+// list's value is measured once per row, for the write and for the step. A
+// list past its last value reads as the empty text and stays there.
+void WriteRows(Invocation &inv, RowPlan &plan, long rows) {
+    std::vector<Cursor> cursors;
     for (const SteppedList &list : plan.lists) {
-        EingabeElement &entry = *list.entry;
-        ValueMark &mark = *list.mark;
-        if (mark.index >= entry.WertGesetzt) continue;
-        entry.WertPosition += static_cast<int>(plan.values[list.value].size()) + 1;
-        mark.position = entry.WertPosition;
-        ++mark.index;
+        size_t uses = 0;
+        for (const RowPiece &piece : plan.pieces) uses += piece.value == list.value ? 1 : 0;
+        cursors.push_back(Cursor{list.entry->Wert, list.entry->WertGesetzt, list.mark->index,
+                                 list.entry->WertPosition, &plan.values[list.value], uses});
+    }
+    std::vector<RowStep> steps;
+    size_t fixedBytes = plan.textBytes;
+    for (const RowPiece &piece : plan.pieces) {
+        steps.push_back(RowStep{plan.texts.data() + piece.text, piece.textSize, &plan.values[piece.value]});
+        if (piece.value >= plan.lists.size() + 1 || piece.value == 0)
+            fixedBytes += plan.values[piece.value].size;
+    }
+    std::vector<Cursor> live;
+    const bool direct = !inv.escapeHtml;
+    while (rows > 0) {
+        // The lists with values left; the others write the empty text.
+        live.clear();
+        long run = rows;
+        for (const Cursor &cursor : cursors) {
+            if (cursor.index < cursor.count) {
+                live.push_back(cursor);
+                run = std::min<long>(run, cursor.count - cursor.index);
+            } else {
+                *cursor.value = RowValue{};
+            }
+        }
+        rows -= run;
+        for (Cursor &cursor : live) cursor.index += static_cast<int>(run);
+        Cursor *const first = live.data();
+        Cursor *const last = first + live.size();
+        for (; run > 0; --run) {
+            size_t bytes = fixedBytes;
+            for (Cursor *cursor = first; cursor != last; ++cursor) {
+                const char *data = cursor->wert + cursor->position;
+                const size_t size = std::strlen(data);
+                *cursor->value = RowValue{data, size};
+                bytes += size * cursor->uses;
+                cursor->position += static_cast<int>(size) + 1;
+            }
+            if (direct && bytes <= core::kPageBlockSize) {
+                char *const room = inv.page->Extend(bytes);
+                char *out = room;
+                for (const RowStep &step : steps) {
+                    CopyText(out, step.text, step.textSize);
+                    out += step.textSize;
+                    CopyValue(out, step.value->data, step.value->size);
+                    out += step.value->size;
+                }
+                assert(out == room + bytes);
+            } else {
+                WritePieces(inv, plan);
+            }
+        }
+        // Back to the cursors: the runs' ends are read from them.
+        size_t k = 0;
+        for (Cursor &cursor : cursors)
+            if (cursor.index < cursor.count) cursor = live[k++];
+    }
+    for (size_t k = 0; k < cursors.size(); ++k) {
+        const SteppedList &list = plan.lists[k];
+        if (cursors[k].index == list.mark->index) continue;
+        list.entry->WertPosition = cursors[k].position;
+        list.mark->position = cursors[k].position;
+        list.mark->index = cursors[k].index;
     }
 }
 
@@ -224,12 +323,11 @@ void RunSteadyRows(Invocation &inv) {
     if (!PlanLists(inv, body, plan) || !PlanPieces(inv, body, plan)) return;
     CountValues(inv, body);
     // A row runs here when its /CYCLE would start a further iteration.
-    while (level.counter + 1 < body.limit && inv.cycle.iterations < kMaxCycleIterations) {
-        WriteRow(inv, plan);
-        ++level.counter;
-        ++inv.cycle.iterations;
-        StepLists(plan);
-    }
+    const long rows = std::min<long>(body.limit - 1 - level.counter, kMaxCycleIterations - inv.cycle.iterations);
+    if (rows <= 0) return;
+    WriteRows(inv, plan, rows);
+    level.counter += static_cast<int>(rows);
+    inv.cycle.iterations += rows;
 }
 
 }  // namespace kx::tmpl

@@ -64,6 +64,16 @@ TEST_F(Template, ListsLeftBehind) {
     EXPECT_EQ(Page("<!{CYCLE}>\n{name}{short}\n<!{/CYCLE}>\n{name}{short}\n"), "a1\nb2\nc\na1\n");
     EXPECT_EQ(Entry("name")->WertPosition, 0) << "back at the first value";
     EXPECT_EQ(Entry("short")->WertPosition, 0);
+    // Steady rows over two lines: values of every copy length, a list that
+    // runs out midway and a text run across the line break.
+    const std::vector<std::string> sizes = {"", "abc", "12345678", "0123456789abcdef", "0123456789abcdef!",
+                                            std::string(40, 'x')};
+    SetList("sizes", {sizes[0], sizes[1], sizes[2], sizes[3], sizes[4], sizes[5]});
+    std::string rows;
+    for (size_t i = 0; i < sizes.size(); ++i)
+        rows += "<" + sizes[i] + "|" + (i < 2 ? std::to_string(i + 1) : "") + ">\n[" + sizes[i] + "]\n";
+    EXPECT_EQ(Page("<!{CYCLE}>\n<{sizes}|{short}>\n[{sizes}]\n<!{/CYCLE}>\n{sizes}{short}\n"), rows + "1\n");
+    EXPECT_EQ(Entry("sizes")->WertPosition, 0);
     Page("<!{CYCLE}>\n{g}\n<!{CYCLE g}>\n{v}\n<!{/CYCLE}>\n<!{/CYCLE}>\n");
     EXPECT_EQ(Entry("g")->WertPosition, 0);
     EXPECT_EQ(Entry("gInternalcount")->WertPosition, 0);
