@@ -214,6 +214,14 @@ TEST_F(TrapStore, PruningByAgeAndNumber) {
     const auto names = Names();
     EXPECT_EQ(names.size(), 100u);
     for (int id = 1; id <= 3; ++id) EXPECT_EQ(names.count(TrapName(id)), 0u);
+    // A listing taken during an acknowledgement may hold trap 1 under both
+    // names: it is one trap, and pruning to three deletes nothing.
+    std::filesystem::remove_all(dir.path());
+    for (const std::string &name : {TrapName(1), TrapName(1, "100000000"), TrapName(2), TrapName(3)}) Add(name);
+    KXProcessTrapMaxNumDelete(nullptr, nullptr, "3", dir.path().c_str(), nullptr);
+    EXPECT_EQ(Names().size(), 4u);
+    KXProcessTrapMaxNumDelete(nullptr, nullptr, "2", dir.path().c_str(), nullptr);
+    EXPECT_EQ(Names(), (std::set<std::string>{TrapName(2), TrapName(3)}));
 }
 
 TEST_F(TrapStore, MibTagPutIntoTheName) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <string_view>
 #include <vector>
 
 #include "companion/libKXUtils.h"
@@ -38,12 +39,50 @@ private:
     int count_ = 0;
 };
 
+// The unique identifier in a trap file's name, from its dot; empty when it
+// has none.
+std::string_view IdentifierOf(const char *path) {
+    const char *dot = GTGetUniqueIdentifier(KXUtilsBasename(path, 0));
+    return dot != nullptr ? std::string_view(dot) : std::string_view();
+}
+
 // The arrival time in a trap file's name: its unique identifier as an unsigned decimal number.
 unsigned int ArrivalTime(const char *path, bool &found) {
-    const char *dot = GTGetUniqueIdentifier(KXUtilsBasename(path, 0));
-    found = dot != nullptr;
-    return found ? static_cast<unsigned int>(std::strtoul(dot + 1, nullptr, 10)) : 0;
+    const std::string_view identifier = IdentifierOf(path);
+    found = !identifier.empty();
+    return found ? static_cast<unsigned int>(std::strtoul(identifier.data() + 1, nullptr, 10)) : 0;
 }
+
+// The listed files oldest first, and where each trap's names begin among
+// them. A directory read while another process renames a trap may return the
+// trap under its old and its new name; both carry the same identifier and
+// count as one trap, or the newest trap beyond the maximum would be deleted
+// in its place. Files without an identifier are traps of their own.
+struct TrapsByAge {
+    struct Listed {
+        TrapTimePair pair;
+        std::string_view identifier;
+    };
+    std::vector<Listed> files;
+    std::vector<std::size_t> starts;  // then files.size()
+
+    explicit TrapsByAge(const TrapFiles &listing) : files(static_cast<std::size_t>(listing.Count())) {
+        for (int i = 0; i < listing.Count(); ++i) {
+            bool found = false;
+            files[static_cast<std::size_t>(i)] = {{i, ArrivalTime(listing[i], found)}, IdentifierOf(listing[i])};
+        }
+        // Equal times in any order; one trap's names next to each other.
+        std::sort(files.begin(), files.end(), [](const Listed &a, const Listed &b) {
+            const int byTime = KXProcessTrapMaxNumSortNumericAscending(&a.pair, &b.pair);
+            return byTime != 0 ? byTime < 0 : a.identifier < b.identifier;
+        });
+        for (std::size_t i = 0; i < files.size(); ++i)
+            if (i == 0 || files[i].identifier.empty() || files[i].identifier != files[i - 1].identifier)
+                starts.push_back(i);
+        starts.push_back(files.size());
+    }
+    std::size_t Count() const { return starts.size() - 1; }
+};
 
 // The number given to a pruning operation, or nothing (false).
 bool NumberOf(const char *dbFile, const char *table, const char *conditionOrValue, long long &number) {
@@ -111,14 +150,12 @@ int KXProcessTrapMaxNumDelete(const char *dbFile, const char *table, const char 
     if (!kx::trap::NumberOf(dbFile, table, conditionOrValue, maximum)) return 0;
     kx::trap::TrapFiles files(directory, prefix);
     if (files.Count() <= maximum) return 0;
-    std::vector<TrapTimePair> pairs(static_cast<std::size_t>(files.Count()));
-    for (int i = 0; i < files.Count(); ++i) {
-        bool found = false;
-        pairs[static_cast<std::size_t>(i)] = {i, kx::trap::ArrivalTime(files[i], found)};
+    const kx::trap::TrapsByAge traps(files);
+    const long long surplus = static_cast<long long>(traps.Count()) - std::max(maximum, 0LL);
+    for (long long trap = 0; trap < surplus; ++trap) {
+        const auto t = static_cast<std::size_t>(trap);
+        for (std::size_t i = traps.starts[t]; i < traps.starts[t + 1]; ++i) files.Delete(traps.files[i].pair.Index);
     }
-    std::qsort(pairs.data(), pairs.size(), sizeof(TrapTimePair), KXProcessTrapMaxNumSortNumericAscending);
-    const long long surplus = files.Count() - std::max(maximum, 0LL);
-    for (long long i = 0; i < surplus; ++i) files.Delete(pairs[static_cast<std::size_t>(i)].Index);
     return 0;
 }
 
