@@ -11,16 +11,6 @@
 #include <string_view>
 #include <vector>
 
-// The block decoders need the SSE2 and SSSE3 intrinsics, which only x86
-// builds have; elsewhere the byte-wise decoder is the only one.
-#if defined(__x86_64__) || defined(__i386__)
-#include <emmintrin.h>
-#include <tmmintrin.h>
-#define KX_URL_BLOCKS 1
-#else
-#define KX_URL_BLOCKS 0
-#endif
-
 #if defined(__linux__)
 #include <sys/mman.h>
 #endif
@@ -28,6 +18,13 @@
 #include "core/alloc.h"
 #include "core/cpu.h"
 #include "core/text.h"
+
+// The block decoders need the SSE2 and SSSE3 intrinsics, which only x86
+// builds have; elsewhere the byte-wise decoder is the only one.
+#if KX_X86_BLOCKS
+#include <emmintrin.h>
+#include <tmmintrin.h>
+#endif
 #include "input/url_decoding.h"
 #include "kx_input.h"
 
@@ -166,7 +163,7 @@ size_t DecodeByteWise(const char *in, size_t size, char *out) {
     return DecodeRun(in, size, out, {0, 0}).o;
 }
 
-#if KX_URL_BLOCKS
+#if KX_X86_BLOCKS
 // The block decoder works in steps of kStep bytes. A step with more escapes
 // than one per kDenseBytes is decoded byte by byte: there the copies would
 // cost more than they save (text that is mostly escapes, such as encoded
@@ -249,7 +246,7 @@ __attribute__((target("sse2"))) size_t DecodeBlocks(const char *in, size_t size,
 }
 #endif
 
-#if KX_URL_BLOCKS
+#if KX_X86_BLOCKS
 namespace {
 
 // The shuffle that gathers the bytes of an 8-byte half whose lanes are
@@ -406,7 +403,7 @@ __attribute__((target("ssse3,popcnt"))) size_t DecodeBlocks16(const char *in, si
 
 std::vector<UrlDecoder> AvailableDecoders() {
     std::vector<UrlDecoder> decoders{DecodeByteWise};
-#if KX_URL_BLOCKS
+#if KX_X86_BLOCKS
     if (kx::core::HasSse2()) decoders.push_back(DecodeBlocks);
     if (kx::core::HasSsse3AndPopcnt()) decoders.push_back(DecodeBlocks16);
 #endif
