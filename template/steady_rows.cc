@@ -239,10 +239,9 @@ struct RowStep {
     const RowValue *value;
 };
 
-// Writes rows rows in runs during which no list runs out: within a run every
-// list's value is measured once per row, for the write and for the step. A
-// list past its last value reads as the empty text and stays there.
-void WriteRows(Invocation &inv, RowPlan &plan, long rows) {
+// The stepped lists as the rows start, each with the number of placeholders
+// that write its value.
+std::vector<Cursor> CursorsOf(RowPlan &plan) {
     std::vector<Cursor> cursors;
     for (const SteppedList &list : plan.lists) {
         size_t uses = 0;
@@ -250,59 +249,75 @@ void WriteRows(Invocation &inv, RowPlan &plan, long rows) {
         cursors.push_back(Cursor{list.entry->Wert, list.entry->WertGesetzt, list.mark->index,
                                  list.entry->WertPosition, &plan.values[list.value], uses});
     }
+    return cursors;
+}
+
+// The pieces by address, and the bytes of a row that no list changes: the
+// text runs and the fixed values.
+std::vector<RowStep> StepsOf(const RowPlan &plan, size_t *fixedBytes) {
     std::vector<RowStep> steps;
-    size_t fixedBytes = plan.textBytes;
+    *fixedBytes = plan.textBytes;
     for (const RowPiece &piece : plan.pieces) {
         steps.push_back(RowStep{plan.texts.data() + piece.text, piece.textSize, &plan.values[piece.value]});
-        if (piece.value >= plan.lists.size() + 1 || piece.value == 0)
-            fixedBytes += plan.values[piece.value].size;
+        if (piece.value >= plan.lists.size() + 1 || piece.value == 0) *fixedBytes += plan.values[piece.value].size;
     }
-    std::vector<Cursor> live;
-    const bool direct = !inv.escapeHtml;
-    while (rows > 0) {
-        // The lists with values left; the others write the empty text.
-        live.clear();
-        long run = rows;
-        for (const Cursor &cursor : cursors) {
-            if (cursor.index < cursor.count) {
-                live.push_back(cursor);
-                run = std::min<long>(run, cursor.count - cursor.index);
-            } else {
-                *cursor.value = RowValue{};
-            }
-        }
-        rows -= run;
-        for (Cursor &cursor : live) cursor.index += static_cast<int>(run);
-        Cursor *const first = live.data();
-        Cursor *const last = first + live.size();
-        for (; run > 0; --run) {
-            size_t bytes = fixedBytes;
-            for (Cursor *cursor = first; cursor != last; ++cursor) {
-                const char *data = cursor->wert + cursor->position;
-                const size_t size = std::strlen(data);
-                *cursor->value = RowValue{data, size};
-                bytes += size * cursor->uses;
-                cursor->position += static_cast<int>(size) + 1;
-            }
-            if (direct && bytes <= core::kPageBlockSize) {
-                char *const room = inv.page->Extend(bytes);
-                char *out = room;
-                for (const RowStep &step : steps) {
-                    CopyText(out, step.text, step.textSize);
-                    out += step.textSize;
-                    CopyValue(out, step.value->data, step.value->size);
-                    out += step.value->size;
-                }
-                assert(out == room + bytes);
-            } else {
-                WritePieces(inv, plan);
-            }
-        }
-        // Back to the cursors: the runs' ends are read from them.
-        size_t k = 0;
-        for (Cursor &cursor : cursors)
-            if (cursor.index < cursor.count) cursor = live[k++];
+    return steps;
+}
+
+// Sets each live list's value for this row and steps it past; returns the
+// row's bytes.
+size_t MeasureRow(Cursor *first, Cursor *last, size_t fixedBytes) {
+    size_t bytes = fixedBytes;
+    for (Cursor *cursor = first; cursor != last; ++cursor) {
+        const char *data = cursor->wert + cursor->position;
+        const size_t size = std::strlen(data);
+        *cursor->value = RowValue{data, size};
+        bytes += size * cursor->uses;
+        cursor->position += static_cast<int>(size) + 1;
     }
+    return bytes;
+}
+
+// Copies one row of bytes bytes into the page's buffer.
+void CopyRow(Invocation &inv, const std::vector<RowStep> &steps, size_t bytes) {
+    char *const room = inv.page->Extend(bytes);
+    char *out = room;
+    for (const RowStep &step : steps) {
+        CopyText(out, step.text, step.textSize);
+        out += step.textSize;
+        CopyValue(out, step.value->data, step.value->size);
+        out += step.value->size;
+    }
+    assert(out == room + bytes);
+    static_cast<void>(room);
+}
+
+// The lists with values left go to live, and the longest run of rows during
+// which none of them runs out (at most rows); the others write the empty text.
+long StartRun(std::vector<Cursor> &cursors, std::vector<Cursor> &live, long rows) {
+    live.clear();
+    long run = rows;
+    for (const Cursor &cursor : cursors) {
+        if (cursor.index < cursor.count) {
+            live.push_back(cursor);
+            run = std::min<long>(run, cursor.count - cursor.index);
+        } else {
+            *cursor.value = RowValue{};
+        }
+    }
+    for (Cursor &cursor : live) cursor.index += static_cast<int>(run);
+    return run;
+}
+
+// Back to the cursors at a run's end: the next run is read from them.
+void EndRun(std::vector<Cursor> &cursors, const std::vector<Cursor> &live) {
+    size_t k = 0;
+    for (Cursor &cursor : cursors)
+        if (cursor.index < cursor.count) cursor = live[k++];
+}
+
+// The entries and marks where the last row left the lists.
+void WriteBack(const RowPlan &plan, const std::vector<Cursor> &cursors) {
     for (size_t k = 0; k < cursors.size(); ++k) {
         const SteppedList &list = plan.lists[k];
         if (cursors[k].index == list.mark->index) continue;
@@ -310,6 +325,27 @@ void WriteRows(Invocation &inv, RowPlan &plan, long rows) {
         list.mark->position = cursors[k].position;
         list.mark->index = cursors[k].index;
     }
+}
+
+// Writes rows rows in runs during which no list runs out: within a run every
+// list's value is measured once per row, for the write and for the step. A
+// list past its last value reads as the empty text and stays there.
+void WriteRows(Invocation &inv, RowPlan &plan, long rows) {
+    std::vector<Cursor> cursors = CursorsOf(plan), live;
+    size_t fixedBytes = 0;
+    const std::vector<RowStep> steps = StepsOf(plan, &fixedBytes);
+    const bool direct = !inv.escapeHtml;
+    while (rows > 0) {
+        long run = StartRun(cursors, live, rows);
+        rows -= run;
+        for (; run > 0; --run) {
+            const size_t bytes = MeasureRow(live.data(), live.data() + live.size(), fixedBytes);
+            if (direct && bytes <= core::kPageBlockSize) CopyRow(inv, steps, bytes);
+            else WritePieces(inv, plan);
+        }
+        EndRun(cursors, live);
+    }
+    WriteBack(plan, cursors);
 }
 
 }  // namespace
