@@ -3,6 +3,11 @@
 // they leave behind, copyright comments, page texts and bad templates.
 #include <gtest/gtest.h>
 
+#include "core/cpu.h"
+#if KX_X86_BLOCKS
+#include <cpuid.h>
+#endif
+
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -252,5 +257,26 @@ TEST(TemplateReader, PlainLinesBeforeTheStop) {
         }
     }
 }
+
+#if KX_X86_BLOCKS
+// The features the dynamic loader recorded are the processor's own: each
+// answer read from the loader agrees with CPUID (and, for AVX2, with the
+// registers the operating system saves).
+TEST(ProcessorFeatures, AgreeWithCpuid) {
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    ASSERT_NE(__get_cpuid(1, &eax, &ebx, &ecx, &edx), 0);
+    const bool ssse3AndPopcnt = (ecx & bit_SSSE3) != 0 && (ecx & bit_POPCNT) != 0;
+    bool avx2 = (ecx & bit_OSXSAVE) != 0 && (ecx & bit_AVX) != 0;
+    if (avx2) {
+        unsigned low = 0, high = 0;
+        __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+        avx2 = (low & 6) == 6 && __get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) != 0 && (ebx & bit_AVX2) != 0;
+    }
+    EXPECT_TRUE(kx::core::HasSse2());
+    EXPECT_EQ(kx::core::HasSsse3AndPopcnt(), ssse3AndPopcnt);
+    EXPECT_EQ(kx::core::HasAvx2(), avx2);
+    EXPECT_EQ(kx::tmpl::Avx2Scanner() != nullptr, avx2);
+}
+#endif
 
 }  // namespace
