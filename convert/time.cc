@@ -1,6 +1,7 @@
 // Conversions of times: epoch seconds, time ticks, CPU time and hexadecimal
 // dates into display text.
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -64,11 +65,32 @@ char *PrintDate(const std::tm &broken) {
     return HeapCopy(buffer);
 }
 
+// Universal time of epoch seconds, computed from the calendar alone: the C
+// library's gmtime_r reads the local zone file on its first call, although
+// universal time needs no zone (a file opened and parsed per request).
+std::tm Utc(time_t seconds) {
+    using namespace std::chrono;
+    const sys_seconds at{std::chrono::seconds(seconds)};
+    const sys_days day = floor<days>(at);
+    const year_month_day date{day};
+    const hh_mm_ss<std::chrono::seconds> clock{at - day};
+    std::tm broken{};
+    broken.tm_year = static_cast<int>(date.year()) - 1900;
+    broken.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
+    broken.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
+    broken.tm_hour = static_cast<int>(clock.hours().count());
+    broken.tm_min = static_cast<int>(clock.minutes().count());
+    broken.tm_sec = static_cast<int>(clock.seconds().count());
+    broken.tm_wday = static_cast<int>(weekday{day}.c_encoding());
+    broken.tm_yday = static_cast<int>((day - sys_days{date.year() / January / 1}).count());
+    return broken;
+}
+
 char *BrokenDown(const char *value, bool local) {
     const time_t seconds = Seconds(value);
+    if (!local) return PrintDate(Utc(seconds));
     std::tm broken{};
-    if ((local ? localtime_r(&seconds, &broken) : gmtime_r(&seconds, &broken)) == nullptr)
-        return HeapCopy(ValueText(value));
+    if (localtime_r(&seconds, &broken) == nullptr) return HeapCopy(ValueText(value));
     return PrintDate(broken);
 }
 

@@ -99,6 +99,21 @@ TEST_F(Conversions, ReadIntInternally) {
     for (const auto &[text, number] : cases) EXPECT_EQ(kx::convert::ReadInt(text), number) << text;
 }
 
+// "_gmtime" computes the calendar itself: it agrees with the C library's
+// gmtime_r on every day of the 32-bit range of seconds, at a different time
+// of day each day.
+TEST_F(Conversions, GmtimeAgreesWithTheCLibrary) {
+    for (int64_t seconds = INT32_MIN; seconds <= INT32_MAX; seconds += 86400 + 7919) {
+        const time_t at = static_cast<time_t>(seconds);
+        std::tm broken{};
+        ASSERT_NE(gmtime_r(&at, &broken), nullptr);
+        char expected[64];
+        std::snprintf(expected, sizeof expected, "%02d/%02d/%02d %02d:%02d:%02d", broken.tm_mon + 1, broken.tm_mday,
+                      broken.tm_year % 100, broken.tm_hour, broken.tm_min, broken.tm_sec);
+        ASSERT_EQ(Convert(ConvertToGmtime, "", std::to_string(seconds).c_str()), expected) << seconds;
+    }
+}
+
 TEST_F(Conversions, EdgesOfSingleHandlers) {
     char value[] = "1", empty[] = "";
     EXPECT_EQ(ConvertToCount(empty, value, -1), value) << "_count gives the value itself";
