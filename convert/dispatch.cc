@@ -5,16 +5,22 @@
 #include <vector>
 
 #include "companion/libparser.h"
+#include "core/text.h"
 #include "kx_convert.h"
 
 namespace kx::convert {
 namespace {
 
 // The row whose name the text at position starts with, case ignored; the
-// first in table order wins.
+// first in table order wins. Every name is "_" and at least one more
+// character: the rows whose second character differs are passed over
+// without a call of strnicmp.
 const KonvertierungsEintrag *MatchRow(const char *position) {
+    if (position[0] == '\0') return nullptr;
+    const char second = core::AsciiLower(position[1]);
     for (int i = 0; i < ConvertTableCount; ++i) {
         const KonvertierungsEintrag &row = ConvertTable[i];
+        if (row.length >= 2 && core::AsciiLower(row.name[1]) != second) continue;
         if (strnicmp(position, row.name, static_cast<std::size_t>(row.length)) == 0) return &row;
     }
     return nullptr;

@@ -36,7 +36,7 @@ constexpr char kTypeEmptyMatches[] = "_stringn";
 constexpr char kTypeFile[] = "_file";
 constexpr char kAlternativeSeparator[] = "|";
 
-bool IsType(const char *type, const char *name) { return type != nullptr && stricmp(type, name) == 0; }
+bool IsType(const char *type, const char *name) { return type != nullptr && EqualsIgnoringCase(type, name); }
 
 // The comparison for type at op; null for an unknown type or operator.
 VergleichsFunktion FindComparison(const char *type, int op) {
@@ -51,6 +51,12 @@ VergleichsFunktion FindComparison(const char *type, int op) {
 class Alternatives {
 public:
     Alternatives(const char *rightText, int cycleIndex) {
+        // A text with no placeholder, escape or separator is its one
+        // alternative, as it stands.
+        if (rightText != nullptr && std::strpbrk(rightText, "{%|") == nullptr) {
+            list_.push_back(rightText);
+            return;
+        }
         Evaluation evaluated(rightText != nullptr ? rightText : "", cycleIndex);
         if (!evaluated.Changed() && evaluated.Text().find('%') != std::string_view::npos)
             text_.Reset(ServerDecoding(std::string(evaluated.Text()).c_str()));

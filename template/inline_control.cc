@@ -147,6 +147,12 @@ char *BranchValue(const Control &ctl, std::string branch) {
     ConversionChain chain;
     chain.name = DetermineConversion(branch.data(), &chain.start);
     const char *thisAt = std::strstr(chain.name, kThis.data());
+    if (chain.start == nullptr && thisAt == nullptr) {
+        // No conversion and no "_this": the evaluated name is the value as
+        // it stands.
+        char *value = EvaluatedCopy(chain.name, ctl.cycleIndex);
+        return value != nullptr ? value : HeapCopy({});
+    }
     char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;

@@ -92,6 +92,13 @@ const char *PlainEnd(const char *start) {
     return end;
 }
 
+size_t SinglePlainName(const char *text) {
+    if (text[0] != '{' || DirectiveStart(text[1])) return 0;
+    const char *end = PlainEnd(text);
+    if (end == nullptr || end[1] != '\0') return 0;
+    return static_cast<size_t>(end - text - 1);
+}
+
 bool BraceMarkers(const Invocation &inv) {
     return inv.startMarker.size() == 1 && inv.startMarker[0] == '{' && inv.endMarker.size() == 1 &&
            inv.endMarker[0] == '}';

@@ -55,6 +55,11 @@ void WriteKnown(Invocation &inv, int index);
 // any escaping): its current value, or "<nil>".
 const char *KnownValue(const Invocation &inv, int index);
 
+// The text a plain placeholder of entry writes in string mode (never NULL):
+// with a fixed cycle index, the list's value of that number; else the text a
+// replay knows (replayed, when not NULL) or the entry's current text.
+const char *StringModeText(const EingabeElement &entry, int fixedCycleIndex, const char *replayed);
+
 // A value written into the page, escaped for HTML when the definition asks
 // for it; "<nil>" (the pointer KnownValue gives) is never escaped.
 void WritePlain(Invocation &inv, const char *value);
