@@ -1,27 +1,48 @@
 // Finding a conversion chain in a text and applying it to a value.
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "companion/libparser.h"
+#include "convert/convert_internal.h"
 #include "core/text.h"
 #include "kx_convert.h"
 
 namespace kx::convert {
 namespace {
 
+// The rows of the conversion table chained by the small form of the
+// character after their "_", each chain in table order: a name is looked for
+// among the few rows that can match, not along the whole table.
+struct RowChains {
+    static constexpr int kEnd = -1;
+    std::array<int, 256> first;                     // by character: the chain's first row
+    std::array<int, kConvertTableSize> next;        // by row: the chain's next row
+
+    RowChains() {
+        first.fill(kEnd);
+        next.fill(kEnd);
+        std::array<int, 256> last;
+        last.fill(kEnd);
+        for (int i = 0; i < ConvertTableCount; ++i) {
+            const auto key = static_cast<unsigned char>(core::AsciiLower(ConvertTable[i].name[1]));
+            (last[key] == kEnd ? first[key] : next[static_cast<size_t>(last[key])]) = i;
+            last[key] = i;
+        }
+    }
+};
+
 // The row whose name the text at position starts with, case ignored; the
-// first in table order wins. Every name is "_" and at least one more
-// character: the rows whose second character differs are passed over
-// without a call of strnicmp.
+// first in table order wins.
 const KonvertierungsEintrag *MatchRow(const char *position) {
+    static const RowChains chains;
     if (position[0] == '\0') return nullptr;
-    const char second = core::AsciiLower(position[1]);
-    for (int i = 0; i < ConvertTableCount; ++i) {
+    const auto key = static_cast<unsigned char>(core::AsciiLower(position[1]));
+    for (int i = chains.first[key]; i != RowChains::kEnd; i = chains.next[static_cast<size_t>(i)]) {
         const KonvertierungsEintrag &row = ConvertTable[i];
-        if (row.length >= 2 && core::AsciiLower(row.name[1]) != second) continue;
-        if (strnicmp(position, row.name, static_cast<std::size_t>(row.length)) == 0) return &row;
+        if (core::StartsWithIgnoringCase(position, {row.name, static_cast<std::size_t>(row.length)})) return &row;
     }
     return nullptr;
 }

@@ -2,6 +2,7 @@
 // dates into display text.
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -80,11 +81,30 @@ char *PrintDate(const std::tm &broken) {
     return HeapCopy(date);
 }
 
+// The fields of UTC time that PrintDate shows, from the calendar alone:
+// gmtime_r would pass through the C library's time zone state, and every
+// 32-bit number of seconds lies in the years the calendar covers.
+std::tm UtcFields(int32_t seconds) {
+    using namespace std::chrono;
+    const sys_seconds at{std::chrono::seconds{seconds}};
+    const sys_days day = floor<days>(at);
+    const year_month_day date{day};
+    const hh_mm_ss time{at - day};
+    std::tm broken{};
+    broken.tm_year = static_cast<int>(date.year()) - 1900;
+    broken.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
+    broken.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
+    broken.tm_hour = static_cast<int>(time.hours().count());
+    broken.tm_min = static_cast<int>(time.minutes().count());
+    broken.tm_sec = static_cast<int>(time.seconds().count());
+    return broken;
+}
+
 char *BrokenDown(const char *value, bool local) {
+    if (!local) return PrintDate(UtcFields(ReadInt(ValueText(value))));
     const time_t seconds = Seconds(value);
     std::tm broken{};
-    if ((local ? localtime_r(&seconds, &broken) : gmtime_r(&seconds, &broken)) == nullptr)
-        return HeapCopy(ValueText(value));
+    if (localtime_r(&seconds, &broken) == nullptr) return HeapCopy(ValueText(value));
     return PrintDate(broken);
 }
 

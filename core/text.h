@@ -64,6 +64,14 @@ inline bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
     return true;
 }
 
+// The NUL-terminated text starts with word, ASCII letters compared
+// regardless of case (strnicmp's 0 over the word's length).
+inline bool StartsWithIgnoringCase(const char *text, std::string_view word) {
+    for (size_t i = 0; i < word.size(); ++i)
+        if (text[i] == '\0' || AsciiLower(text[i]) != AsciiLower(word[i])) return false;
+    return true;
+}
+
 // The pieces of text between occurrences of separator; a text without one
 // (the empty text too) is one piece. An empty separator splits nothing.
 std::vector<std::string_view> Split(std::string_view text, std::string_view separator);

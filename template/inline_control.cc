@@ -156,7 +156,7 @@ char *BranchValue(const Control &ctl, std::string branch) {
     char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;
-    const HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
+    HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
     _ThisValueIndex = saved;
     const char *afterThis = thisAt != nullptr ? thisAt + kThis.size() : nullptr;
     if (afterThis != nullptr && *afterThis != '\0') {
@@ -166,9 +166,12 @@ char *BranchValue(const Control &ctl, std::string branch) {
         joined.append(converted.View()).append(afterThis);
         return EvaluatedCopy(ReplaceAll(joined, "javascript%3A", "javascript:"), ctl.cycleIndex);
     }
-    std::string out;
-    if (chain.start != nullptr && chain.start > branch.data())
-        out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
+    if (chain.start == nullptr || chain.start == branch.data()) {
+        // Nothing before the chain: the converted value is the result.
+        char *result = converted.Release();
+        return result != nullptr ? result : HeapCopy({});
+    }
+    std::string out(branch.data(), static_cast<size_t>(chain.start - branch.data()));
     out.append(converted.View());
     return HeapCopy(out);
 }
