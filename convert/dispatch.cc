@@ -69,15 +69,36 @@ bool Below(const char *position, const char *end) {
     return reinterpret_cast<std::uintptr_t>(position) < reinterpret_cast<std::uintptr_t>(end);
 }
 
+// The links of a chain in text order. A page's chains hold a link or two:
+// those stay in the holder, longer chains go on in a vector.
+class Chain {
+public:
+    void Add(const Link &link) {
+        if (count_ < first_.size())
+            first_[count_] = link;
+        else
+            more_.push_back(link);
+        ++count_;
+    }
+    std::size_t Size() const { return count_; }
+    const Link &At(std::size_t i) const { return i < first_.size() ? first_[i] : more_[i - first_.size()]; }
+
+private:
+    static constexpr std::size_t kHeld = 4;
+    std::array<Link, kHeld> first_{};
+    std::vector<Link> more_;
+    std::size_t count_ = 0;
+};
+
 // The links of the chain at start, the one nearest the name last. Every
 // link's "." lies before the name, which follows the text's last ".".
-std::vector<Link> CollectChain(char *start, const char *end) {
-    std::vector<Link> chain;
+Chain CollectChain(char *start, const char *end) {
+    Chain chain;
     Link link;
     const char *limit = end;
     while (Below(start, limit) && FindLink(start, link)) {
-        chain.push_back(link);
-        if (chain.size() == 1) limit = std::strrchr(link.dot, '.') + 1;
+        chain.Add(link);
+        if (chain.Size() == 1) limit = std::strrchr(link.dot, '.') + 1;
         start = link.dot + 1;
     }
     return chain;
@@ -108,11 +129,11 @@ char *Determine(char *text, char **conversionStart) {
 }
 
 char *Convert(char *start, const char *end, char *value, bool freeValue, int cycleIndex) {
-    std::vector<Link> chain = CollectChain(start, end);
-    if (chain.empty()) return value;
+    const Chain chain = CollectChain(start, end);
+    if (chain.Size() == 0) return value;
     char *current = value;
-    for (auto link = chain.rbegin(); link != chain.rend(); ++link) {
-        char *result = Apply(*link, current, cycleIndex);
+    for (std::size_t i = chain.Size(); i-- > 0;) {
+        char *result = Apply(chain.At(i), current, cycleIndex);
         if (current != value && current != nullptr && current != result) std::free(current);
         current = result;
     }

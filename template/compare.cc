@@ -2,6 +2,7 @@
 // against one or more right-hand alternatives.
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <vector>
 
 #include "companion/libparser.h"
@@ -54,7 +55,7 @@ public:
         // A text with no placeholder, escape or separator is its one
         // alternative, as it stands.
         if (rightText != nullptr && std::strpbrk(rightText, "{%|") == nullptr) {
-            list_.push_back(rightText);
+            single_ = rightText;
             return;
         }
         Evaluation evaluated(rightText != nullptr ? rightText : "", cycleIndex);
@@ -67,17 +68,20 @@ public:
     Alternatives(const Alternatives &) = delete;
     Alternatives &operator=(const Alternatives &) = delete;
 
-    const std::vector<const char *> &List() const { return list_; }
+    std::span<const char *const> List() const {
+        if (single_ != nullptr) return {&single_, 1};
+        return list_;
+    }
 
     // 1 when function holds between left and any alternative, tried in order.
     int AnyHolds(VergleichsFunktion function, const char *left) const {
-        for (const char *alternative : list_)
+        for (const char *alternative : List())
             if (function(left, alternative) != 0) return 1;
         return 0;
     }
 
     bool HasEmpty() const {
-        for (const char *alternative : list_)
+        for (const char *alternative : List())
             if (*alternative == '\0') return true;
         return false;
     }
@@ -96,6 +100,7 @@ private:
     }
 
     HeapText text_;
+    const char *single_ = nullptr; // the right text itself, when it is the one alternative
     std::vector<const char *> list_;
 };
 
