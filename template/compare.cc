@@ -37,10 +37,13 @@ constexpr char kTypeEmptyMatches[] = "_stringn";
 constexpr char kTypeFile[] = "_file";
 constexpr char kAlternativeSeparator[] = "|";
 
-bool IsType(const char *type, const char *name) { return type != nullptr && EqualsIgnoringCase(type, name); }
+// The type as given; empty for none, which is no type's name.
+std::string_view TypeName(const char *type) { return type != nullptr ? type : ""; }
+
+bool IsType(std::string_view type, const char *name) { return EqualsIgnoringCase(type, name); }
 
 // The comparison for type at op; null for an unknown type or operator.
-VergleichsFunktion FindComparison(const char *type, int op) {
+VergleichsFunktion FindComparison(std::string_view type, int op) {
     if (op < 0 || op >= CompareTabLength) return nullptr;
     for (const CompareType &row : kCompareTypes)
         if (IsType(type, row.name)) return row.table[op];
@@ -138,7 +141,7 @@ struct Operands {
 
 int CompareEntry(const Operands &o, const Alternatives &alternatives, EingabeElement *list, int count, int leftIndex,
                  int elementIndex) {
-    const VergleichsFunktion function = FindComparison(o.type, o.op);
+    const VergleichsFunktion function = FindComparison(TypeName(o.type), o.op);
     if (function == nullptr) return 0;
     EingabeElement &left = list[leftIndex];
     if (o.cycleIndex >= 0) return alternatives.AnyHolds(function, ValueCursor(left).Current());
@@ -153,14 +156,15 @@ int Compare(const Operands &o, const char *leftText, const char *rightText, int 
     if (o.op < 0 || o.op >= CompareTabLength) return 0;
     const Alternatives alternatives(rightText, o.cycleIndex);
     if (alternatives.List().empty()) return 0;
-    if (IsType(o.type, kTypeFile)) return NumericCompareFunction[o.op](leftText, alternatives.List().front());
+    const std::string_view type = TypeName(o.type);
+    if (IsType(type, kTypeFile)) return NumericCompareFunction[o.op](leftText, alternatives.List().front());
 
     EingabeElement *list = pList ? *pList : nullptr;
     const int count = pCount ? *pCount : 0;
     if (list == nullptr || leftIndex < 0 || leftIndex >= count) return 0;
     if (CompareEntry(o, alternatives, list, count, leftIndex, elementIndex) != 0) return 1;
     // An entry without values equals an empty alternative for "_stringn".
-    return (list[leftIndex].WertGesetzt == 0 && IsType(o.type, kTypeEmptyMatches) && alternatives.HasEmpty()) ? 1 : 0;
+    return (list[leftIndex].WertGesetzt == 0 && IsType(type, kTypeEmptyMatches) && alternatives.HasEmpty()) ? 1 : 0;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "companion/libKXUtils.h"
 #include "kx_convert.h"
@@ -83,8 +84,8 @@ std::string EmptyCondition(const Control &ctl, std::string body, int *consumed) 
 
 // The left operand "{X}": its entry (count when none) and value index.
 // False when it names nothing at all.
-bool LeftEntry(const Control &ctl, const std::string &left, int *index, int *valueIndex) {
-    std::string copy = left;
+bool LeftEntry(const Control &ctl, std::string_view left, int *index, int *valueIndex) {
+    std::string copy(left);
     char *end = std::strrchr(copy.data(), '}');
     ErsetzungsName name = {};
     ReplaceValue(copy.data(), end, ctl.pCount, ctl.pList, "~", &name, ctl.message, valueIndex,
@@ -96,8 +97,8 @@ bool LeftEntry(const Control &ctl, const std::string &left, int *index, int *val
 }
 
 // "_file": "1" when the evaluated path exists, else "0".
-std::string FileTest(const std::string &left) {
-    std::string path = left;
+std::string FileTest(std::string_view left) {
+    std::string path(left);
     for (char &c : path)
         if (c == '/' || c == '\\') c = Verzeichnistrenner[0];
     const Evaluation evaluated(path, -2);
@@ -176,11 +177,12 @@ char *BranchValue(const Control &ctl, std::string branch) {
     return HeapCopy(out);
 }
 
+// The parts of "left op right"; left and op lie in the control's body.
 struct Condition {
     std::string type;
-    std::string left;
-    std::string op;
-    std::string right;
+    std::string_view left;
+    std::string_view op;
+    std::string right;  // NUL-terminated for CompareFunction
 };
 
 // Decides the condition; false when the left operand names no entry.
@@ -203,7 +205,7 @@ bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
     const CyclePosition position(ctl, cond.left.starts_with("{") ? leftIndex : -1);
     // An operator outside the table (a single "=" or "!") has the index -1,
     // which CompareFunction answers with false.
-    const int op = DetermineCompareIndex(cond.op.c_str(), static_cast<int>(cond.op.size()));
+    const int op = DetermineCompareIndex(cond.op.data(), static_cast<int>(cond.op.size()));
     return CompareFunction(cond.type.c_str(), op, cond.type == "_file" ? fileText.c_str() : nullptr,
                            cond.right.c_str(), ctl.cycleIndex, leftIndex, leftValueIndex,
                            ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
@@ -233,12 +235,12 @@ char *EvaluateBody(const Control &ctl, const std::string &type, const std::strin
         return nullptr;
     }
     if (question == 0) return HeapCopy(EmptyCondition(ctl, body, consumed));
-    const std::string condition = body.substr(0, question);
+    const std::string_view condition = std::string_view(body).substr(0, question);
     const size_t op = condition.find_first_of("!=<>");
-    if (op == std::string::npos) return nullptr;
-    const size_t opLength = condition[op + 1] == '=' ? 2 : 1;
+    if (op == std::string_view::npos) return nullptr;
+    const size_t opLength = op + 1 < condition.size() && condition[op + 1] == '=' ? 2 : 1;
     const Condition cond{type, condition.substr(0, op), condition.substr(op, opLength),
-                         condition.substr(op + opLength)};
+                         std::string(condition.substr(op + opLength))};
     if (!cond.left.starts_with("{") && !cond.left.starts_with("_this") && type != "_file")
         return nullptr;
     bool usable = true;
@@ -246,7 +248,7 @@ char *EvaluateBody(const Control &ctl, const std::string &type, const std::strin
     if (!usable) return nullptr;
     std::string thenText, elseText;
     Branches(body, question, &thenText, &elseText);
-    return BranchValue(ctl, holds ? thenText : elseText);
+    return BranchValue(ctl, holds ? std::move(thenText) : std::move(elseText));
 }
 
 // The control at text; its result (or NULL), *consumed its length.

@@ -142,7 +142,10 @@ char *Step(Invocation &inv, char *pos) {
     ph.P = start;
     ph.E = FindMarker(start + 1, inv.endMarker);
     if (ph.E == nullptr || ph.E == start + 1) return Unfinished(inv, pos);
-    const char *match = PairIt(start, inv.startMarker.c_str(), inv.endMarker.c_str());
+    // A plain name's end is the end PairIt would pair, found without its
+    // count of nested markers.
+    const char *plain = BraceMarkers(inv) ? PlainEnd(start) : nullptr;
+    const char *match = plain != nullptr ? plain : PairIt(start, inv.startMarker.c_str(), inv.endMarker.c_str());
     ph.M = match == start ? nullptr : const_cast<char *>(match);
     inv.ClearName();
     inv.message[0] = '\0';
