@@ -18,7 +18,7 @@ namespace {
 
 // A comparison type and its table. Type names are compared without regard to case.
 struct CompareType {
-    const char *name;
+    std::string_view name;
     const VergleichsFunktion *table;
 };
 
@@ -33,14 +33,14 @@ constexpr CompareType kCompareTypes[] = {
 };
 
 // The type whose "empty alternative matches an entry without values" rule applies.
-constexpr char kTypeEmptyMatches[] = "_stringn";
-constexpr char kTypeFile[] = "_file";
+constexpr std::string_view kTypeEmptyMatches = "_stringn";
+constexpr std::string_view kTypeFile = "_file";
 constexpr char kAlternativeSeparator[] = "|";
 
 // The type as given; empty for none, which is no type's name.
 std::string_view TypeName(const char *type) { return type != nullptr ? type : ""; }
 
-bool IsType(std::string_view type, const char *name) { return EqualsIgnoringCase(type, name); }
+bool IsType(std::string_view type, std::string_view name) { return EqualsIgnoringCase(type, name); }
 
 // The comparison for type at op; null for an unknown type or operator.
 VergleichsFunktion FindComparison(std::string_view type, int op) {

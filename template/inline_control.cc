@@ -46,7 +46,11 @@ public:
 };
 
 // MatchIt's result as a heap text of our own; nullptr when memory runs out.
-char *EvaluatedCopy(std::string_view text, int cycleIndex) { return Evaluation(text, cycleIndex).Release(); }
+// A text without a "{" is copied as it stands, as MatchIt would leave it.
+char *EvaluatedCopy(std::string_view text, int cycleIndex) {
+    if (text.find('{') == std::string_view::npos) return HeapCopy(text);
+    return Evaluation(text, cycleIndex).Release();
+}
 
 // "_type." right after "=": a word between "_" and the first ".".
 std::string TypeOf(const char *at, const char *end, const char **body) {
@@ -142,9 +146,12 @@ struct ConversionChain {
 // The value of the this entry stands where a branch names "_this".
 constexpr std::string_view kThis = "_this";
 
+// A branch that starts so is a control of its own.
+constexpr std::string_view kNestedControl = "{=";
+
 // The chosen branch: a nested control, or a name behind a conversion chain.
 char *BranchValue(const Control &ctl, std::string branch) {
-    if (branch.starts_with("{=")) return Evaluate(ctl, branch);
+    if (branch.starts_with(kNestedControl)) return Evaluate(ctl, branch);
     ConversionChain chain;
     chain.name = DetermineConversion(branch.data(), &chain.start);
     const char *thisAt = std::strstr(chain.name, kThis.data());
