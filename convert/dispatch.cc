@@ -5,7 +5,6 @@
 #include <cstring>
 #include <vector>
 
-#include "companion/libparser.h"
 #include "convert/convert_internal.h"
 #include "core/text.h"
 #include "kx_convert.h"
