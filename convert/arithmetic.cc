@@ -1,6 +1,7 @@
 // Conversions that read the value as a number: one-operand arithmetic,
 // division with a fraction, hexadecimal, megabytes and bit fields.
 #include <cstdint>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -109,10 +110,11 @@ char *ConvertByDivide(char *argument, char *value, int cycleIndex) {
 }
 
 char *ConvertToHex(char * /*argument*/, char *value, int /*cycleIndex*/) {
+    // "%x": small hexadecimal digits, no padding.
     char buffer[16];
-    std::snprintf(buffer, sizeof buffer, "%x",
-                  static_cast<unsigned>(kx::convert::ReadInt(kx::convert::ValueText(value))));
-    return kx::convert::HeapCopy(buffer);
+    const auto number = static_cast<unsigned>(kx::convert::ReadInt(kx::convert::ValueText(value)));
+    const auto printed = std::to_chars(buffer, buffer + sizeof buffer, number, 16);
+    return kx::convert::HeapCopy({buffer, static_cast<size_t>(printed.ptr - buffer)});
 }
 
 char *ConvertToMB(char * /*argument*/, char *value, int /*cycleIndex*/) {

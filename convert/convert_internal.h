@@ -14,6 +14,9 @@
 
 namespace kx::convert {
 
+// Rows of ConvertTable (its count, known at compile time).
+inline constexpr std::size_t kConvertTableSize = 51;
+
 // The text a conversion yields when it has no sound result.
 inline constexpr std::string_view kNotAvailable = "n.a.";
 // Longest result of "_format," and "_substring,".

@@ -1,21 +1,47 @@
 // Finding a conversion chain in a text and applying it to a value.
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
-#include "companion/libparser.h"
+#include "convert/convert_internal.h"
+#include "core/text.h"
 #include "kx_convert.h"
 
 namespace kx::convert {
 namespace {
 
+// The rows of the conversion table chained by the small form of the
+// character after their "_", each chain in table order: a name is looked for
+// among the few rows that can match, not along the whole table.
+struct RowChains {
+    static constexpr int kEnd = -1;
+    std::array<int, 256> first;                     // by character: the chain's first row
+    std::array<int, kConvertTableSize> next;        // by row: the chain's next row
+
+    RowChains() {
+        first.fill(kEnd);
+        next.fill(kEnd);
+        std::array<int, 256> last;
+        last.fill(kEnd);
+        for (int i = 0; i < ConvertTableCount; ++i) {
+            const auto key = static_cast<unsigned char>(core::AsciiLower(ConvertTable[i].name[1]));
+            (last[key] == kEnd ? first[key] : next[static_cast<size_t>(last[key])]) = i;
+            last[key] = i;
+        }
+    }
+};
+
 // The row whose name the text at position starts with, case ignored; the
 // first in table order wins.
 const KonvertierungsEintrag *MatchRow(const char *position) {
-    for (int i = 0; i < ConvertTableCount; ++i) {
+    static const RowChains chains;
+    if (position[0] == '\0') return nullptr;
+    const auto key = static_cast<unsigned char>(core::AsciiLower(position[1]));
+    for (int i = chains.first[key]; i != RowChains::kEnd; i = chains.next[static_cast<size_t>(i)]) {
         const KonvertierungsEintrag &row = ConvertTable[i];
-        if (strnicmp(position, row.name, static_cast<std::size_t>(row.length)) == 0) return &row;
+        if (core::StartsWithIgnoringCase(position, {row.name, static_cast<std::size_t>(row.length)})) return &row;
     }
     return nullptr;
 }
@@ -42,15 +68,36 @@ bool Below(const char *position, const char *end) {
     return reinterpret_cast<std::uintptr_t>(position) < reinterpret_cast<std::uintptr_t>(end);
 }
 
+// The links of a chain in text order. A page's chains hold a link or two:
+// those stay in the holder, longer chains go on in a vector.
+class Chain {
+public:
+    void Add(const Link &link) {
+        if (count_ < first_.size())
+            first_[count_] = link;
+        else
+            more_.push_back(link);
+        ++count_;
+    }
+    std::size_t Size() const { return count_; }
+    const Link &At(std::size_t i) const { return i < first_.size() ? first_[i] : more_[i - first_.size()]; }
+
+private:
+    static constexpr std::size_t kHeld = 4;
+    std::array<Link, kHeld> first_{};
+    std::vector<Link> more_;
+    std::size_t count_ = 0;
+};
+
 // The links of the chain at start, the one nearest the name last. Every
 // link's "." lies before the name, which follows the text's last ".".
-std::vector<Link> CollectChain(char *start, const char *end) {
-    std::vector<Link> chain;
+Chain CollectChain(char *start, const char *end) {
+    Chain chain;
     Link link;
     const char *limit = end;
     while (Below(start, limit) && FindLink(start, link)) {
-        chain.push_back(link);
-        if (chain.size() == 1) limit = std::strrchr(link.dot, '.') + 1;
+        chain.Add(link);
+        if (chain.Size() == 1) limit = std::strrchr(link.dot, '.') + 1;
         start = link.dot + 1;
     }
     return chain;
@@ -81,11 +128,11 @@ char *Determine(char *text, char **conversionStart) {
 }
 
 char *Convert(char *start, const char *end, char *value, bool freeValue, int cycleIndex) {
-    std::vector<Link> chain = CollectChain(start, end);
-    if (chain.empty()) return value;
+    const Chain chain = CollectChain(start, end);
+    if (chain.Size() == 0) return value;
     char *current = value;
-    for (auto link = chain.rbegin(); link != chain.rend(); ++link) {
-        char *result = Apply(*link, current, cycleIndex);
+    for (std::size_t i = chain.Size(); i-- > 0;) {
+        char *result = Apply(chain.At(i), current, cycleIndex);
         if (current != value && current != nullptr && current != result) std::free(current);
         current = result;
     }

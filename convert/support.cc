@@ -1,4 +1,5 @@
 // Helpers the conversion handlers share.
+#include <charconv>
 #include <cstdio>
 
 #include "convert/convert_internal.h"
@@ -12,8 +13,8 @@ std::string_view ValueText(const char *value) {
 char *PrintInt(int32_t number) {
     // Room for "-2147483648" and its NUL.
     char buffer[16];
-    std::snprintf(buffer, sizeof buffer, "%d", number);
-    return HeapCopy(buffer);
+    const auto printed = std::to_chars(buffer, buffer + sizeof buffer, number);
+    return HeapCopy({buffer, static_cast<size_t>(printed.ptr - buffer)});
 }
 
 }  // namespace kx::convert

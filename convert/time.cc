@@ -1,6 +1,7 @@
 // Conversions of times: epoch seconds, time ticks, CPU time and hexadecimal
 // dates into display text.
 #include <array>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -55,40 +56,53 @@ uint32_t ReadUnsigned(std::string_view text) {
     return static_cast<uint32_t>(negative ? 0U - number : number);
 }
 
+// number as "%02d" prints it, followed by after (when not NUL): a page of
+// dates and uptimes formats a few numbers per row, which snprintf's parsing
+// of its format would cost several times over.
+void AppendPadded(std::string &out, int number, char after = '\0') {
+    if (number >= 0 && number <= 9) out.push_back('0');
+    char digits[16];
+    const auto printed = std::to_chars(digits, digits + sizeof digits, number);
+    out.append(digits, printed.ptr);
+    if (after != '\0') out.push_back(after);
+}
+
 // "%02d/%02d/%02d %02d:%02d:%02d" of a broken-down time; a year after 1999
 // prints as its years since 2000.
 char *PrintDate(const std::tm &broken) {
     const int year = broken.tm_year <= 99 ? broken.tm_year : broken.tm_year - 100;
-    char buffer[80];
-    std::snprintf(buffer, sizeof buffer, "%02d/%02d/%02d %02d:%02d:%02d", broken.tm_mon + 1,
-                  broken.tm_mday, year, broken.tm_hour, broken.tm_min, broken.tm_sec);
-    return HeapCopy(buffer);
+    std::string date;
+    AppendPadded(date, broken.tm_mon + 1, '/');
+    AppendPadded(date, broken.tm_mday, '/');
+    AppendPadded(date, year, ' ');
+    AppendPadded(date, broken.tm_hour, ':');
+    AppendPadded(date, broken.tm_min, ':');
+    AppendPadded(date, broken.tm_sec);
+    return HeapCopy(date);
 }
 
-// Universal time of epoch seconds, computed from the calendar alone: the C
-// library's gmtime_r reads the local zone file on its first call, although
-// universal time needs no zone (a file opened and parsed per request).
-std::tm Utc(time_t seconds) {
+// The fields of UTC time that PrintDate shows, from the calendar alone:
+// gmtime_r would pass through the C library's time zone state, and every
+// 32-bit number of seconds lies in the years the calendar covers.
+std::tm UtcFields(int32_t seconds) {
     using namespace std::chrono;
-    const sys_seconds at{std::chrono::seconds(seconds)};
+    const sys_seconds at{std::chrono::seconds{seconds}};
     const sys_days day = floor<days>(at);
     const year_month_day date{day};
-    const hh_mm_ss<std::chrono::seconds> clock{at - day};
+    const hh_mm_ss time{at - day};
     std::tm broken{};
     broken.tm_year = static_cast<int>(date.year()) - 1900;
     broken.tm_mon = static_cast<int>(static_cast<unsigned>(date.month())) - 1;
     broken.tm_mday = static_cast<int>(static_cast<unsigned>(date.day()));
-    broken.tm_hour = static_cast<int>(clock.hours().count());
-    broken.tm_min = static_cast<int>(clock.minutes().count());
-    broken.tm_sec = static_cast<int>(clock.seconds().count());
-    broken.tm_wday = static_cast<int>(weekday{day}.c_encoding());
-    broken.tm_yday = static_cast<int>((day - sys_days{date.year() / January / 1}).count());
+    broken.tm_hour = static_cast<int>(time.hours().count());
+    broken.tm_min = static_cast<int>(time.minutes().count());
+    broken.tm_sec = static_cast<int>(time.seconds().count());
     return broken;
 }
 
 char *BrokenDown(const char *value, bool local) {
+    if (!local) return PrintDate(UtcFields(ReadInt(ValueText(value))));
     const time_t seconds = Seconds(value);
-    if (!local) return PrintDate(Utc(seconds));
     std::tm broken{};
     if (localtime_r(&seconds, &broken) == nullptr) return HeapCopy(ValueText(value));
     return PrintDate(broken);
@@ -111,10 +125,13 @@ char *SinceNow(const char *value) {
 char *UpTime(const char *value) {
     const int32_t seconds = ReadInt(ValueText(value)) / 100;
     const int32_t days = seconds / 86400;
-    char buffer[80];
-    std::snprintf(buffer, sizeof buffer, "%d day%s, %02d:%02d:%02d", days, days == 1 ? "" : "s",
-                  seconds % 86400 / 3600, seconds % 3600 / 60, seconds % 60);
-    return HeapCopy(buffer);
+    // "%d day%s, %02d:%02d:%02d"
+    std::string text = std::to_string(days);
+    text.append(days == 1 ? " day, " : " days, ");
+    AppendPadded(text, seconds % 86400 / 3600, ':');
+    AppendPadded(text, seconds % 3600 / 60, ':');
+    AppendPadded(text, seconds % 60);
+    return HeapCopy(text);
 }
 
 char *CpuTime(const char *value) {

@@ -51,6 +51,27 @@ private:
     char *text_ = nullptr;
 };
 
+// c with an ASCII capital letter made small, as stricmp and strnicmp compare;
+// every other byte stays.
+inline char AsciiLower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// a equals b with ASCII letters compared regardless of case (stricmp's 0),
+// without a call into libparser for a few short words.
+inline bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
+    return true;
+}
+
+// The NUL-terminated text starts with word, ASCII letters compared
+// regardless of case (strnicmp's 0 over the word's length).
+inline bool StartsWithIgnoringCase(const char *text, std::string_view word) {
+    for (size_t i = 0; i < word.size(); ++i)
+        if (text[i] == '\0' || AsciiLower(text[i]) != AsciiLower(word[i])) return false;
+    return true;
+}
+
 // The pieces of text between occurrences of separator; a text without one
 // (the empty text too) is one piece. An empty separator splits nothing.
 std::vector<std::string_view> Split(std::string_view text, std::string_view separator);

@@ -2,6 +2,7 @@
 // against one or more right-hand alternatives.
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <vector>
 
 #include "companion/libparser.h"
@@ -17,7 +18,7 @@ namespace {
 
 // A comparison type and its table. Type names are compared without regard to case.
 struct CompareType {
-    const char *name;
+    std::string_view name;
     const VergleichsFunktion *table;
 };
 
@@ -32,14 +33,17 @@ constexpr CompareType kCompareTypes[] = {
 };
 
 // The type whose "empty alternative matches an entry without values" rule applies.
-constexpr char kTypeEmptyMatches[] = "_stringn";
-constexpr char kTypeFile[] = "_file";
+constexpr std::string_view kTypeEmptyMatches = "_stringn";
+constexpr std::string_view kTypeFile = "_file";
 constexpr char kAlternativeSeparator[] = "|";
 
-bool IsType(const char *type, const char *name) { return type != nullptr && stricmp(type, name) == 0; }
+// The type as given; empty for none, which is no type's name.
+std::string_view TypeName(const char *type) { return type != nullptr ? type : ""; }
+
+bool IsType(std::string_view type, std::string_view name) { return EqualsIgnoringCase(type, name); }
 
 // The comparison for type at op; null for an unknown type or operator.
-VergleichsFunktion FindComparison(const char *type, int op) {
+VergleichsFunktion FindComparison(std::string_view type, int op) {
     if (op < 0 || op >= CompareTabLength) return nullptr;
     for (const CompareType &row : kCompareTypes)
         if (IsType(type, row.name)) return row.table[op];
@@ -51,6 +55,12 @@ VergleichsFunktion FindComparison(const char *type, int op) {
 class Alternatives {
 public:
     Alternatives(const char *rightText, int cycleIndex) {
+        // A text with no placeholder, escape or separator is its one
+        // alternative, as it stands.
+        if (rightText != nullptr && std::strpbrk(rightText, "{%|") == nullptr) {
+            single_ = rightText;
+            return;
+        }
         Evaluation evaluated(rightText != nullptr ? rightText : "", cycleIndex);
         if (!evaluated.Changed() && evaluated.Text().find('%') != std::string_view::npos)
             text_.Reset(ServerDecoding(std::string(evaluated.Text()).c_str()));
@@ -61,17 +71,20 @@ public:
     Alternatives(const Alternatives &) = delete;
     Alternatives &operator=(const Alternatives &) = delete;
 
-    const std::vector<const char *> &List() const { return list_; }
+    std::span<const char *const> List() const {
+        if (single_ != nullptr) return {&single_, 1};
+        return list_;
+    }
 
     // 1 when function holds between left and any alternative, tried in order.
     int AnyHolds(VergleichsFunktion function, const char *left) const {
-        for (const char *alternative : list_)
+        for (const char *alternative : List())
             if (function(left, alternative) != 0) return 1;
         return 0;
     }
 
     bool HasEmpty() const {
-        for (const char *alternative : list_)
+        for (const char *alternative : List())
             if (*alternative == '\0') return true;
         return false;
     }
@@ -90,6 +103,7 @@ private:
     }
 
     HeapText text_;
+    const char *single_ = nullptr; // the right text itself, when it is the one alternative
     std::vector<const char *> list_;
 };
 
@@ -127,7 +141,7 @@ struct Operands {
 
 int CompareEntry(const Operands &o, const Alternatives &alternatives, EingabeElement *list, int count, int leftIndex,
                  int elementIndex) {
-    const VergleichsFunktion function = FindComparison(o.type, o.op);
+    const VergleichsFunktion function = FindComparison(TypeName(o.type), o.op);
     if (function == nullptr) return 0;
     EingabeElement &left = list[leftIndex];
     if (o.cycleIndex >= 0) return alternatives.AnyHolds(function, ValueCursor(left).Current());
@@ -142,14 +156,15 @@ int Compare(const Operands &o, const char *leftText, const char *rightText, int 
     if (o.op < 0 || o.op >= CompareTabLength) return 0;
     const Alternatives alternatives(rightText, o.cycleIndex);
     if (alternatives.List().empty()) return 0;
-    if (IsType(o.type, kTypeFile)) return NumericCompareFunction[o.op](leftText, alternatives.List().front());
+    const std::string_view type = TypeName(o.type);
+    if (IsType(type, kTypeFile)) return NumericCompareFunction[o.op](leftText, alternatives.List().front());
 
     EingabeElement *list = pList ? *pList : nullptr;
     const int count = pCount ? *pCount : 0;
     if (list == nullptr || leftIndex < 0 || leftIndex >= count) return 0;
     if (CompareEntry(o, alternatives, list, count, leftIndex, elementIndex) != 0) return 1;
     // An entry without values equals an empty alternative for "_stringn".
-    return (list[leftIndex].WertGesetzt == 0 && IsType(o.type, kTypeEmptyMatches) && alternatives.HasEmpty()) ? 1 : 0;
+    return (list[leftIndex].WertGesetzt == 0 && IsType(type, kTypeEmptyMatches) && alternatives.HasEmpty()) ? 1 : 0;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "companion/libKXUtils.h"
 #include "kx_convert.h"
@@ -45,7 +46,11 @@ public:
 };
 
 // MatchIt's result as a heap text of our own; nullptr when memory runs out.
-char *EvaluatedCopy(std::string_view text, int cycleIndex) { return Evaluation(text, cycleIndex).Release(); }
+// A text without a "{" is copied as it stands, as MatchIt would leave it.
+char *EvaluatedCopy(std::string_view text, int cycleIndex) {
+    if (text.find('{') == std::string_view::npos) return HeapCopy(text);
+    return Evaluation(text, cycleIndex).Release();
+}
 
 // "_type." right after "=": a word between "_" and the first ".".
 std::string TypeOf(const char *at, const char *end, const char **body) {
@@ -83,8 +88,8 @@ std::string EmptyCondition(const Control &ctl, std::string body, int *consumed) 
 
 // The left operand "{X}": its entry (count when none) and value index.
 // False when it names nothing at all.
-bool LeftEntry(const Control &ctl, const std::string &left, int *index, int *valueIndex) {
-    std::string copy = left;
+bool LeftEntry(const Control &ctl, std::string_view left, int *index, int *valueIndex) {
+    std::string copy(left);
     char *end = std::strrchr(copy.data(), '}');
     ErsetzungsName name = {};
     ReplaceValue(copy.data(), end, ctl.pCount, ctl.pList, "~", &name, ctl.message, valueIndex,
@@ -96,8 +101,8 @@ bool LeftEntry(const Control &ctl, const std::string &left, int *index, int *val
 }
 
 // "_file": "1" when the evaluated path exists, else "0".
-std::string FileTest(const std::string &left) {
-    std::string path = left;
+std::string FileTest(std::string_view left) {
+    std::string path(left);
     for (char &c : path)
         if (c == '/' || c == '\\') c = Verzeichnistrenner[0];
     const Evaluation evaluated(path, -2);
@@ -141,16 +146,25 @@ struct ConversionChain {
 // The value of the this entry stands where a branch names "_this".
 constexpr std::string_view kThis = "_this";
 
+// A branch that starts so is a control of its own.
+constexpr std::string_view kNestedControl = "{=";
+
 // The chosen branch: a nested control, or a name behind a conversion chain.
 char *BranchValue(const Control &ctl, std::string branch) {
-    if (branch.starts_with("{=")) return Evaluate(ctl, branch);
+    if (branch.starts_with(kNestedControl)) return Evaluate(ctl, branch);
     ConversionChain chain;
     chain.name = DetermineConversion(branch.data(), &chain.start);
     const char *thisAt = std::strstr(chain.name, kThis.data());
+    if (chain.start == nullptr && thisAt == nullptr) {
+        // No conversion and no "_this": the evaluated name is the value as
+        // it stands.
+        char *value = EvaluatedCopy(chain.name, ctl.cycleIndex);
+        return value != nullptr ? value : HeapCopy({});
+    }
     char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;
-    const HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
+    HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
     _ThisValueIndex = saved;
     const char *afterThis = thisAt != nullptr ? thisAt + kThis.size() : nullptr;
     if (afterThis != nullptr && *afterThis != '\0') {
@@ -160,18 +174,22 @@ char *BranchValue(const Control &ctl, std::string branch) {
         joined.append(converted.View()).append(afterThis);
         return EvaluatedCopy(ReplaceAll(joined, "javascript%3A", "javascript:"), ctl.cycleIndex);
     }
-    std::string out;
-    if (chain.start != nullptr && chain.start > branch.data())
-        out.assign(branch.data(), static_cast<size_t>(chain.start - branch.data()));
+    if (chain.start == nullptr || chain.start == branch.data()) {
+        // Nothing before the chain: the converted value is the result.
+        char *result = converted.Release();
+        return result != nullptr ? result : HeapCopy({});
+    }
+    std::string out(branch.data(), static_cast<size_t>(chain.start - branch.data()));
     out.append(converted.View());
     return HeapCopy(out);
 }
 
+// The parts of "left op right"; left and op lie in the control's body.
 struct Condition {
     std::string type;
-    std::string left;
-    std::string op;
-    std::string right;
+    std::string_view left;
+    std::string_view op;
+    std::string right;  // NUL-terminated for CompareFunction
 };
 
 // Decides the condition; false when the left operand names no entry.
@@ -194,7 +212,7 @@ bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
     const CyclePosition position(ctl, cond.left.starts_with("{") ? leftIndex : -1);
     // An operator outside the table (a single "=" or "!") has the index -1,
     // which CompareFunction answers with false.
-    const int op = DetermineCompareIndex(cond.op.c_str(), static_cast<int>(cond.op.size()));
+    const int op = DetermineCompareIndex(cond.op.data(), static_cast<int>(cond.op.size()));
     return CompareFunction(cond.type.c_str(), op, cond.type == "_file" ? fileText.c_str() : nullptr,
                            cond.right.c_str(), ctl.cycleIndex, leftIndex, leftValueIndex,
                            ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
@@ -224,12 +242,12 @@ char *EvaluateBody(const Control &ctl, const std::string &type, const std::strin
         return nullptr;
     }
     if (question == 0) return HeapCopy(EmptyCondition(ctl, body, consumed));
-    const std::string condition = body.substr(0, question);
+    const std::string_view condition = std::string_view(body).substr(0, question);
     const size_t op = condition.find_first_of("!=<>");
-    if (op == std::string::npos) return nullptr;
-    const size_t opLength = condition[op + 1] == '=' ? 2 : 1;
+    if (op == std::string_view::npos) return nullptr;
+    const size_t opLength = op + 1 < condition.size() && condition[op + 1] == '=' ? 2 : 1;
     const Condition cond{type, condition.substr(0, op), condition.substr(op, opLength),
-                         condition.substr(op + opLength)};
+                         std::string(condition.substr(op + opLength))};
     if (!cond.left.starts_with("{") && !cond.left.starts_with("_this") && type != "_file")
         return nullptr;
     bool usable = true;
@@ -237,7 +255,7 @@ char *EvaluateBody(const Control &ctl, const std::string &type, const std::strin
     if (!usable) return nullptr;
     std::string thenText, elseText;
     Branches(body, question, &thenText, &elseText);
-    return BranchValue(ctl, holds ? thenText : elseText);
+    return BranchValue(ctl, holds ? std::move(thenText) : std::move(elseText));
 }
 
 // The control at text; its result (or NULL), *consumed its length.

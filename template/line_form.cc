@@ -5,6 +5,7 @@
 // does not cover goes the general way.
 #include "template/line_form.h"
 
+#include <array>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -21,10 +22,17 @@ constexpr std::string_view kPageTextPrefix = "_txt_";
 constexpr size_t kCycleEndLength = std::char_traits<char>::length(kCycleEnd);
 
 // ASCII letters and digits whatever the locale: a byte that some locale
-// counts as a letter only sends its placeholder the general way.
-bool NameCharacter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
+// counts as a letter only sends its placeholder the general way. A table,
+// looked up once a byte: every placeholder of a line is measured with it.
+constexpr std::array<bool, 256> kNameCharacters = [] {
+    std::array<bool, 256> table{};
+    for (int c = 0; c < 256; ++c)
+        table[static_cast<size_t>(c)] =
+            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+    return table;
+}();
+
+bool NameCharacter(char c) { return kNameCharacters[static_cast<unsigned char>(c)]; }
 
 // Only a name starting with one of these can be a directive or "CycleCount".
 bool DirectiveStart(char c) { return c == 'I' || c == '/' || c == 'D' || c == 'C'; }
@@ -90,6 +98,13 @@ const char *PlainEnd(const char *start) {
     if (end == name || *end != '}') return nullptr;
     if (EndsLikeJavascript({name, static_cast<size_t>(end - name)})) return nullptr;
     return end;
+}
+
+size_t SinglePlainName(const char *text) {
+    if (text[0] != '{' || DirectiveStart(text[1])) return 0;
+    const char *end = PlainEnd(text);
+    if (end == nullptr || end[1] != '\0') return 0;
+    return static_cast<size_t>(end - text - 1);
 }
 
 bool BraceMarkers(const Invocation &inv) {

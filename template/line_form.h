@@ -45,6 +45,11 @@ struct Invocation;
 // NULL for any other placeholder.
 const char *PlainEnd(const char *start);
 
+// With the markers "{" and "}": the length of the name when text is one
+// plain placeholder and nothing else, with a name that starts no directive
+// (nor "CycleCount"); 0 for any other text.
+size_t SinglePlainName(const char *text);
+
 // The markers are "{" and "}".
 bool BraceMarkers(const Invocation &inv);
 

@@ -124,10 +124,15 @@ char *Dispatch(Invocation &inv, Placeholder &ph, char *pos) {
     return Ordinary(inv, ph, pos);
 }
 
+// A marker of one character, as "{" and "}" are, is found by strchr.
+char *FindMarker(char *from, const std::string &marker) {
+    return marker.size() == 1 ? std::strchr(from, marker[0]) : std::strstr(from, marker.c_str());
+}
+
 // Handles the next placeholder from pos; returns where to go on, or NULL
 // when the logical line ends.
 char *Step(Invocation &inv, char *pos) {
-    char *start = inv.markersDefined ? std::strstr(pos, inv.startMarker.c_str()) : nullptr;
+    char *start = inv.markersDefined ? FindMarker(pos, inv.startMarker) : nullptr;
     if (start == nullptr) return EndOfText(inv, pos);
     // A level collecting a cycle body stores a line whose placeholder is a
     // DEFINE unprocessed.
@@ -135,9 +140,12 @@ char *Step(Invocation &inv, char *pos) {
         return Collect(inv, pos, start + 1);
     Placeholder ph;
     ph.P = start;
-    ph.E = std::strstr(start + 1, inv.endMarker.c_str());
+    ph.E = FindMarker(start + 1, inv.endMarker);
     if (ph.E == nullptr || ph.E == start + 1) return Unfinished(inv, pos);
-    const char *match = PairIt(start, inv.startMarker.c_str(), inv.endMarker.c_str());
+    // A plain name's end is the end PairIt would pair, found without its
+    // count of nested markers.
+    const char *plain = BraceMarkers(inv) ? PlainEnd(start) : nullptr;
+    const char *match = plain != nullptr ? plain : PairIt(start, inv.startMarker.c_str(), inv.endMarker.c_str());
     ph.M = match == start ? nullptr : const_cast<char *>(match);
     inv.ClearName();
     inv.message[0] = '\0';

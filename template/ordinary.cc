@@ -116,12 +116,7 @@ const char *CurrentOf(const Invocation &inv, int index, const EingabeElement &en
 
 const char *StringModeValue(const Invocation &inv, const EingabeElement *entry, int index) {
     if (entry == nullptr) return "";
-    const int fixed = inv.fixedCycleIndex;
-    if (entry->Wert != nullptr && fixed >= 0 && entry->WertGesetzt > 1 &&
-        fixed < entry->WertGesetzt)
-        return ValueAt(*entry, fixed);
-    const char *text = CurrentOf(inv, index, *entry);
-    return text != nullptr ? text : "";
+    return StringModeText(*entry, inv.fixedCycleIndex, ReplayText(inv, index));
 }
 
 const char *FileModeValue(const Invocation &inv, const EingabeElement *entry, int index,
@@ -156,10 +151,18 @@ void WriteValue(Invocation &inv, const Placeholder &ph, int index, const char *o
 
 }  // namespace
 
+const char *StringModeText(const EingabeElement &entry, int fixedCycleIndex, const char *replayed) {
+    if (entry.Wert != nullptr && fixedCycleIndex >= 0 && entry.WertGesetzt > 1 &&
+        fixedCycleIndex < entry.WertGesetzt)
+        return ValueAt(entry, fixedCycleIndex);
+    const char *text = replayed != nullptr ? replayed : CurrentText(entry);
+    return text != nullptr ? text : "";
+}
+
 // "<nil>" is the engine's own mark, never a value, and stays.
 void WritePlain(Invocation &inv, const char *value) {
     if (inv.escapeHtml && value != nullptr && value != kNil)
-        inv.Write(core::HtmlEscaped(value));
+        core::WriteHtmlEscaped(value, [&inv](std::string_view piece) { inv.Write(piece); });
     else
         inv.Write(value);
 }

@@ -22,8 +22,12 @@ struct Placeholder {
     std::string_view Name() const { return {name, nameLength}; }
 };
 
+// strncmp over the word's length, inline: the checks of a placeholder ask
+// this a dozen times with words of a few letters.
 inline bool StartsWith(const char *text, const char *word) {
-    return std::strncmp(text, word, std::strlen(word)) == 0;
+    for (; *word != '\0'; ++text, ++word)
+        if (*text != *word) return false;
+    return true;
 }
 
 // The name equals word over the name's length (a leading part of the word
@@ -54,6 +58,11 @@ void WriteKnown(Invocation &inv, int index);
 // The text a plain placeholder of entry index writes in file mode (before
 // any escaping): its current value, or "<nil>".
 const char *KnownValue(const Invocation &inv, int index);
+
+// The text a plain placeholder of entry writes in string mode (never NULL):
+// with a fixed cycle index, the list's value of that number; else the text a
+// replay knows (replayed, when not NULL) or the entry's current text.
+const char *StringModeText(const EingabeElement &entry, int fixedCycleIndex, const char *replayed);
 
 // A value written into the page, escaped for HTML when the definition asks
 // for it; "<nil>" (the pointer KnownValue gives) is never escaped.

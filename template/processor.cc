@@ -108,6 +108,12 @@ void DeclarePageTexts(Invocation &inv) {
     inv.pageTexts.Load(textPath);
     for (int i = 0; i < inv.pageTexts.Count(); ++i) {
         const std::string key = std::string("_txt_") + inv.pageTexts.Name(i);
+        // The decoding changes only "%" escapes and "+": a key without them
+        // is declared as it stands.
+        if (key.find_first_of("%+") == std::string::npos) {
+            AppendToEingabe(inv.pCount, inv.pList, kListDivider, key.c_str(), 1, inv.pageTexts.Value(i));
+            continue;
+        }
         const HeapText decoded(ServerDecoding(key.c_str()));
         if (!decoded) continue;
         AppendToEingabe(inv.pCount, inv.pList, kListDivider, decoded.Get(), 1, inv.pageTexts.Value(i));

@@ -3,6 +3,7 @@
 // lines make (operators, comparison tables, CompareFunction).
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -67,6 +68,23 @@ TEST_F(Placeholders, MatchIt) {
     EXPECT_EQ(HeapText(MatchIt("[{bar}]", "{", -1, "|")).str(), "[a%7Cb]") << "the characters given are encoded";
     EXPECT_EQ(HeapText(MatchIt("{bar}", "{", -1, nullptr)).str(), "a|b");
     for (const char *same : {"no marker", "{IF 0}"}) EXPECT_EQ(MatchIt(same, "{", -1, nullptr), same) << "nothing produced";
+}
+
+// MatchIt answers a text of one plain placeholder without running the
+// processor: the answer must be the processor's, for lists and fixed cycles.
+TEST_F(Placeholders, MatchItOnOnePlaceholderAnswersAsTheProcessor) {
+    Declare("Empty");
+    const char *texts[] = {"{Name}", "{State}", "{Typ}", "{bar}", "{Empty}", "{Unknown}", "{State}x", "{IFy}"};
+    for (const char *text : texts) {
+        for (const int cycle : {-2, -1, 0, 1, 2, 3}) {
+            char *processed = reinterpret_cast<char *>(static_cast<intptr_t>(cycle));
+            ErsetzeUndGebeHtmlDateiAus(text, &processed, iErsetzungsAnfang, iErsetzungsEnde, _pEingabeAnzahl,
+                                       _pEingabe);
+            char *matched = MatchIt(text, "{", cycle, nullptr);
+            const std::string expected = processed != nullptr ? HeapText(processed).str() : text;
+            EXPECT_EQ(matched != text ? HeapText(matched).str() : text, expected) << text << " at " << cycle;
+        }
+    }
 }
 
 TEST_F(Placeholders, SelectionForms) {

@@ -2,6 +2,7 @@
 // are tried. A row's length is derived from its name.
 #include <cstddef>
 
+#include "convert/convert_internal.h"
 #include "kx_convert.h"
 
 namespace kx::convert {
@@ -9,6 +10,8 @@ namespace {
 
 template <std::size_t N>
 constexpr KonvertierungsEintrag Row(const char (&name)[N], KonvertierungsFunktion handler) {
+    // The dispatch finds rows by the character after the "_".
+    static_assert(N >= 3, "a conversion name is \"_\" and at least one more character");
     return {name, static_cast<int>(N - 1), handler};
 }
 
@@ -77,4 +80,4 @@ const int ConvertTableCount = sizeof ConvertTable / sizeof ConvertTable[0];
 
 }  // extern "C"
 
-static_assert(sizeof ConvertTable / sizeof ConvertTable[0] == 51);
+static_assert(sizeof ConvertTable / sizeof ConvertTable[0] == kx::convert::kConvertTableSize);
