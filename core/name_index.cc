@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <bit>
+#include <climits>
+#include <cstdint>
 #include <cstring>
 
 #include "core/alloc.h"
-#include "core/entry.h"
 
 namespace kx::core {
 namespace {
@@ -15,14 +16,22 @@ constexpr int kIndexedFrom = 16;
 
 // So are the first lookups in a list not yet indexed: an operation that
 // looks up a few names (a page of one cycle row) walks the list a few times
-// instead of indexing every name of a long list; indexing it costs about as
-// much as a thousand walks.
+// instead of indexing every name of a long list, whose scattered names miss
+// the cache when they are hashed. The names of a short list stay in the
+// cache: indexing it costs about as much as eight walks, and a page or a
+// definition looks up dozens of names, so it is indexed after a few walks.
 constexpr int kWalkedLookups = 32;
+constexpr int kShortList = 1024;
+constexpr int kWalkedLookupsInShortList = 2;
+
+int WalkedLookups(int count) { return count <= kShortList ? kWalkedLookupsInShortList : kWalkedLookups; }
 
 // The table starts with this many slots and is at most half full, so a
 // probe ends at a free slot after a step or two.
 constexpr std::size_t kFirstSlots = 64;
 constexpr uint8_t kFree = 0;
+// Room for the names of a definition's entries and of those a page adds.
+constexpr int kFirstNames = 128;
 
 // A taken slot's byte: the hash's top seven bits with the high bit set, so
 // that it is never kFree and differs from another name's byte 127 times in 128.
@@ -40,33 +49,35 @@ uint64_t Load4(const char *at) {
     return word;
 }
 
-// Eight bytes at a time, each step mixed by a multiplication; the last one
-// to eight bytes are read in one or two loads that may overlap bytes already
-// mixed. Names are short; a lookup must cost less than a cache miss, not
-// resist chosen collisions.
+// The first and the last eight bytes of a name (overlapping in a shorter
+// one; four and four below eight bytes, three single bytes below four), and
+// of a longer name every sixteen bytes before them, mixed by
+// multiplications; the last steps take every input bit to the low bits,
+// which place the slot. Names are short: a lookup must cost less than a
+// cache miss, not resist chosen collisions.
 uint32_t HashOf(std::string_view name) {
-    constexpr uint64_t kStep = 0x9E3779B97F4A7C15u, kLast = 0xBF58476D1CE4E5B9u;
+    constexpr uint64_t kFirst = 0x9E3779B97F4A7C15u, kSecond = 0xBF58476D1CE4E5B9u;
     const char *at = name.data();
     const std::size_t size = name.size();
-    uint64_t hash = kStep ^ size;
-    std::size_t rest = size;
-    for (; rest > 8; at += 8, rest -= 8) hash = std::rotl((hash ^ Load8(at)) * kStep, 29);
-    uint64_t tail = 0;
-    if (size >= 8) {
-        tail = Load8(name.data() + size - 8);
-    } else if (rest >= 4) {
-        tail = Load4(at) | Load4(at + rest - 4) << 32;
-    } else if (rest > 0) {
+    uint64_t hash = size, front = 0, back = 0;
+    if (size > 16) {
+        const char *last = at + size - 16;
+        for (; at < last; at += 16) hash = std::rotl((hash ^ Load8(at)) * kFirst ^ Load8(at + 8) * kSecond, 23);
+        front = Load8(last);
+        back = Load8(last + 8);
+    } else if (size >= 8) {
+        front = Load8(at);
+        back = Load8(at + size - 8);
+    } else if (size >= 4) {
+        front = Load4(at);
+        back = Load4(at + size - 4);
+    } else if (size > 0) {
         const auto byte = [&](std::size_t i) { return uint64_t{static_cast<unsigned char>(at[i])}; };
-        tail = byte(0) | byte(rest / 2) << 8 | byte(rest - 1) << 16;
+        front = byte(0) | byte(size / 2) << 8 | byte(size - 1) << 16;
     }
-    // Every input bit must reach the low bits, which place the slot: the
-    // last bytes' differences sit in the high bits of the tail.
-    hash ^= tail;
-    hash ^= hash >> 32;
-    hash *= kLast;
+    hash ^= front * kFirst ^ std::rotl(back * kSecond, 32);
     hash ^= hash >> 29;
-    hash *= kStep;
+    hash *= kFirst;
     hash ^= hash >> 32;
     return static_cast<uint32_t>(hash);
 }
@@ -75,25 +86,48 @@ std::string_view NameOf(const EingabeElement &entry) { return {entry.Name, entry
 
 }  // namespace
 
+// Four entries a step: each costs a compare and a branch not taken.
+int NameIndex::Walk(const EingabeElement *list, int count, std::string_view name) {
+    if (list == nullptr || name.size() > UINT32_MAX) return count;
+    const auto size = static_cast<uint32_t>(name.size());
+    // Names of one length often differ in their last byte ("Server1", "Server2").
+    const char last = size > 0 ? name.back() : '\0';
+    const auto named = [&](int i) {
+        const EingabeElement &entry = list[i];
+        return entry.NameLaenge == size && entry.Name != nullptr && (size == 0 || entry.Name[size - 1] == last) &&
+               std::memcmp(entry.Name, name.data(), size) == 0;
+    };
+    int i = 0;
+    for (; i + 4 <= count; i += 4) {
+        if (named(i)) return i;
+        if (named(i + 1)) return i + 1;
+        if (named(i + 2)) return i + 2;
+        if (named(i + 3)) return i + 3;
+    }
+    for (; i < count; ++i)
+        if (named(i)) return i;
+    return count;
+}
+
 int NameIndex::Find(const EingabeElement *list, int count, std::string_view name) {
-    if (list == nullptr || count < kIndexedFrom) return FindEntry(list, count, name);
-    if (indexed_ == 0 && walked_ < kWalkedLookups) {
+    if (list == nullptr || count < kIndexedFrom) return Walk(list, count, name);
+    if (indexed_ == 0 && walked_ < WalkedLookups(count)) {
         ++walked_;
-        return FindEntry(list, count, name);
+        return Walk(list, count, name);
     }
     // Without memory for the table the list is walked.
-    if (!Follow(list, count)) return FindEntry(list, count, name);
+    if (!Unchanged(list, count) && !Follow(list, count)) return Walk(list, count, name);
     const uint32_t hash = HashOf(name);
     int index = count;
     Lookup found = Probe(list, name, hash, &index);
     if (found == Lookup::Changed) {
         // An entry changed behind the index: index the list as it is now.
-        if (!Rebuild(list, count)) return FindEntry(list, count, name);
+        if (!Rebuild(list, count)) return Walk(list, count, name);
         found = Probe(list, name, hash, &index);
     }
     if (found == Lookup::Hit) return index;
     if (found == Lookup::Miss) return count;
-    return FindEntry(list, count, name);
+    return Walk(list, count, name);
 }
 
 // Appended entries are added; a list that shrank or whose first or last
@@ -126,7 +160,7 @@ bool NameIndex::Rebuild(const EingabeElement *list, int count) {
 // again.
 bool NameIndex::Reserve(int entries) {
     if (entries > room_) {
-        const int room = std::max(entries, 2 * room_);
+        const int room = std::max({entries, 2 * room_, kFirstNames});
         auto *names = static_cast<const char **>(Reallocate(names_.get(), sizeof(const char *) * static_cast<std::size_t>(room)));
         if (names == nullptr) return false;
         static_cast<void>(names_.release());

@@ -34,6 +34,11 @@ public:
     // (the same answer as FindEntry).
     int Find(const EingabeElement *list, int count, std::string_view name);
 
+    // The same answer by a walk over the list, without an index: for short
+    // lists and single lookups. A name is read only where its length
+    // matches.
+    static int Walk(const EingabeElement *list, int count, std::string_view name);
+
 private:
     struct Slot {
         uint32_t hash;
@@ -45,6 +50,11 @@ private:
 
     enum class Lookup { Hit, Miss, Changed };
 
+    // True when the list is the one indexed, as a page that declares
+    // nothing between its lookups leaves it.
+    bool Unchanged(const EingabeElement *list, int count) const {
+        return count == indexed_ && list[0].Name == IndexedName(0) && list[count - 1].Name == IndexedName(count - 1);
+    }
     bool Follow(const EingabeElement *list, int count);
     bool Rebuild(const EingabeElement *list, int count);
     bool Reserve(int entries);

@@ -101,6 +101,8 @@ int FindEntry(const Assignment &a, const EingabeElement *list, int count, bool *
     for (int i = 0; i < count; ++i) {
         // An entry without a name would take every element; it takes none.
         if (list[i].Name == nullptr || list[i].Name[0] == '\0') continue;
+        // The first byte turns most entries away before their name is measured.
+        if (a.element.empty() || a.element[0] != list[i].Name[0]) continue;
         const std::string_view name(list[i].Name);
         if (!a.element.starts_with(name)) continue;
         const bool longer = a.nameLength > name.size();

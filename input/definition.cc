@@ -9,13 +9,13 @@
 #include <string>
 
 #include "companion/libKXUtils.h"
-#include "core/file.h"
 #include "core/markers.h"
 #include "core/messages.h"
 #include "input/definition_reader.h"
 #include "input/eingabe/declaration.h"
 #include "input/request_internal.h"
 #include "kx_trap.h"
+#include "platform/file_text.h"
 
 extern "C" {
 
@@ -28,8 +28,6 @@ namespace kx::request {
 namespace {
 
 constexpr std::string_view kDefinitionEnding = ".ini";
-
-using core::File;
 
 // One call of ErmittleEingabe or ErmittleEingabe2.
 struct Request {
@@ -48,27 +46,26 @@ bool IsInMemory(const char *application) {
 
 // "<directory of programPath><application>.ini". The application keeps its
 // URL form but only its base name counts, so it cannot leave that directory.
-File OpenBesideProgram(const Request &call, std::string &opened) {
-    if (call.programPath == nullptr) return nullptr;
+bool ReadBesideProgram(const Request &call, std::string &opened, platform::FileText &content) {
+    if (call.programPath == nullptr) return false;
     const char *base = KXUtilsBasename(call.programPath, 0);
-    if (base == nullptr || base == call.programPath) return nullptr;
+    if (base == nullptr || base == call.programPath) return false;
     std::string path(call.programPath, static_cast<std::size_t>(base - call.programPath));
     path.append(KXUtilsBasename(call.application, 0)).append(kDefinitionEnding);
     UnifySeparators(path);
-    if (path.size() > kMaxPathLength) return nullptr;
+    if (path.size() > kMaxPathLength) return false;
     opened = path;
-    return File(std::fopen(path.c_str(), "r"));
+    return content.Read(path.c_str());
 }
 
-// The definition file of an application name, searched by its decoded base
-// name; opened is the name messages and records show.
-File OpenDefinitionFile(const Request &call, std::string &opened) {
+// The content of the definition file of an application name, searched by
+// its decoded base name; opened is the name messages and records show.
+bool ReadDefinitionFile(const Request &call, std::string &opened, platform::FileText &content) {
     const std::string decoded = Decoded(call.application);
     opened = std::string(KXUtilsBasename(decoded.c_str(), 0)).append(kDefinitionEnding);
-    std::FILE *stream = nullptr;
-    SearchForFile(opened.c_str(), *call.list, *call.count, call.settings, call.settingsCount, &stream);
-    if (stream != nullptr || !call.second) return File(stream);
-    return OpenBesideProgram(call, opened);
+    const char *found = SearchForFile(opened.c_str(), *call.list, *call.count, call.settings, call.settingsCount, nullptr);
+    if (found != nullptr && content.Read(found)) return true;
+    return call.second && ReadBesideProgram(call, opened, content);
 }
 
 // The first two definition files get a record; a third does not.
@@ -83,9 +80,9 @@ void RecordFile(const std::string &opened, char divideSign) {
 
 int ReadFromFile(const Request &call) {
     std::string opened;
-    const File file = OpenDefinitionFile(call, opened);
-    if (file == nullptr) return 1;
-    FileLines lines(file.get());
+    platform::FileText content;
+    if (!ReadDefinitionFile(call, opened, content)) return 1;
+    FileLines lines(content.View());
     const auto firstLine = lines.Next();
     if (!firstLine) return 1;
     if (call.second) RecordFile(opened, firstLine->empty() ? '\0' : firstLine->front());

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "input/eingabe/declaration.h"
+#include "platform/file_text.h"
 
 namespace kx::request {
 namespace {
@@ -12,16 +13,20 @@ std::string_view CutAtLineEnd(std::string_view text) { return text.substr(0, tex
 
 }  // namespace
 
+// One search for a NUL in the whole content spares one in each line.
+FileLines::FileLines(std::string_view content)
+    : rest_(content), nul_(std::memchr(content.data(), '\0', content.size()) != nullptr) {}
+
 std::optional<std::string_view> FileLines::Next() {
-    if (std::fgets(buffer_.data(), static_cast<int>(buffer_.size()), file_) == nullptr) return std::nullopt;
-    const std::size_t length = std::strlen(buffer_.data());
+    if (rest_.empty()) return std::nullopt;
+    const std::string_view piece = platform::NextLinePiece(rest_, kLineLimit);
+    const std::string_view line = nul_ ? platform::UpToNul(piece) : piece;
     // A full buffer without the line end: pass over the rest of the line.
-    if (length == kLineLimit && buffer_[length - 1] != '\n') {
-        int ch;
-        do ch = std::fgetc(file_);
-        while (ch != '\n' && ch != EOF);
+    if (line.size() == kLineLimit && line.back() != '\n') {
+        const std::size_t end = rest_.find('\n');
+        rest_.remove_prefix(end == rest_.npos ? rest_.size() : end + 1);
     }
-    return std::string_view(buffer_.data(), length);
+    return line;
 }
 
 std::optional<std::string_view> BlockLines::Next() {

@@ -22,6 +22,7 @@
 #include "input/request_internal.h"
 #include "kx_profile.h"
 #include "profile/ini_stream.h"
+#include "platform/file_text.h"
 #include "profile/profile_internal.h"
 
 namespace kx::profile {
@@ -192,12 +193,18 @@ int WriteIni(int count, EingabeElement *list, const WriteRequest &request, Write
     return 0;
 }
 
-// Appends one fgets-sized piece of a line unless an exclusion occurs in it.
-void KeepPiece(std::string &kept, const char *piece, const char **exclusions, int exclusionCount) {
+// The next piece fgets would read into a buffer of kReadFileLineLimit + 1
+// bytes, as far as a C text holds it.
+std::string_view NextPiece(std::string_view &rest) {
+    return platform::UpToNul(platform::NextLinePiece(rest, kReadFileLineLimit));
+}
+
+// Appends one fgets-sized piece of a line (as far as a C text holds it)
+// unless an exclusion occurs in it.
+void KeepPiece(std::string &kept, std::string_view text, const char **exclusions, int exclusionCount) {
     for (int i = 0; exclusions != nullptr && i < exclusionCount; ++i)
-        if (exclusions[i] != nullptr && *exclusions[i] != '\0' && std::strstr(piece, exclusions[i]) != nullptr)
+        if (exclusions[i] != nullptr && *exclusions[i] != '\0' && text.find(exclusions[i]) != std::string_view::npos)
             return;
-    const std::string_view text(piece);
     const std::string_view line = CutAtLineEnd(text);
     kept.append(line);
     if (line.size() < text.size()) kept += '\n';
@@ -252,13 +259,11 @@ char *UtilsReadFile(const char *path, int *length, const char **exclusions, int 
         if (length != nullptr) *length = 0;
         const long size = path != nullptr ? KXUtilsFileSize(path) : -1;
         if (size <= 0) return nullptr;
-        std::FILE *file = std::fopen(path, "rb");
-        if (file == nullptr) return nullptr;
+        kx::platform::FileText file;
+        if (!file.Read(path)) return nullptr;
         std::string kept;
-        char piece[kx::profile::kReadFileLineLimit + 1];
-        while (std::fgets(piece, sizeof piece, file) != nullptr)
-            kx::profile::KeepPiece(kept, piece, exclusions, exclusionCount);
-        std::fclose(file);
+        for (std::string_view rest = file.View(); !rest.empty();)
+            kx::profile::KeepPiece(kept, kx::profile::NextPiece(rest), exclusions, exclusionCount);
         // A file that grew since its size was taken is kept to that size.
         if (kept.size() > static_cast<std::size_t>(size)) kept.resize(static_cast<std::size_t>(size));
         char *text = kx::core::HeapCopy(kept);

@@ -14,6 +14,7 @@
 #include "companion/libKXUtils.h"
 #include "input/request_internal.h"
 #include "kx_input.h"
+#include "platform/file_text.h"
 #include "profile/profile_internal.h"
 
 namespace kx::profile {
@@ -170,12 +171,9 @@ int ReplaceFile(const std::string &path, std::string_view content) {
 }
 
 bool ReadWholeFile(const std::string &path, std::string &content) {
-    std::FILE *file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) return false;
-    char chunk[8192];
-    std::size_t got;
-    while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) content.append(chunk, got);
-    std::fclose(file);
+    platform::FileText text;
+    if (!text.Read(path.c_str())) return false;
+    content.append(text.View());
     return true;
 }
 

@@ -72,6 +72,29 @@ TEST(InputList, SettersCopyAppendAndFallBackToTheDefault) {
     EXPECT_EQ(list(), "Color|n|blue\nA|n|=[abcd]\nHosts|j|a~b\nZone|n|eu\n");
 }
 
+// AppendToEingabe declares what the line "<name><sep><kind><sep><default>"
+// declares, also where the parts do not come apart where they were joined.
+TEST(InputList, AppendToEingabeDeclaresAsItsLineWould) {
+    struct Row {
+        const char *separator, *name;
+        int kind;
+        const char *defaultText, *declared;
+    };
+    const Row rows[] = {
+        {"|", "Plain", 1, "a\rb", "Plain|n|a\n"},            // the default ends at a line end
+        {"|", "a|b", 1, "x", "a|b|n|x\n"},                    // the name's separator splits it
+        {"n", "Q", 1, "v", "Q|n|nv\n"},                       // the kind is the separator
+        {"|\r", "R", 2, "w", "R|\r|\n"},                     // the parsing separator is cut
+        {"||", "S", 2, "t", "S||||t\n"},                      // a longer separator
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        InputList l;
+        ASSERT_EQ(AppendToEingabe(&l.count(), &l.list(), row.separator, row.name, row.kind, row.defaultText), 0);
+        EXPECT_EQ(kx::test::Describe(l.list(), l.count()), row.declared);
+    }
+}
+
 TEST(InputList, GetInputValueGivesTheEntrysOwnWholeText) {
     InputList l;
     l.Add("Empty", 'n', "default");

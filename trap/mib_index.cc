@@ -8,7 +8,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "companion/libKXUtils.h"
@@ -18,6 +18,7 @@
 #include "core/text.h"
 #include "kx_input.h"
 #include "kx_trap.h"
+#include "platform/file_text.h"
 #include "trap/trap_internal.h"
 
 extern "C" {
@@ -67,6 +68,13 @@ bool Append(MibIndex index, const std::vector<std::string> &added) {
     return true;
 }
 
+// The next occurrence of separator (not empty) in text, character by
+// character of the locale. In a locale of single-byte characters every byte
+// is a character, and the plain search finds what the multibyte one finds.
+char *NextSeparator(char *text, const char *separator, bool singleBytes) {
+    return singleBytes ? std::strstr(text, separator) : _mbsstr(text, separator);
+}
+
 std::string Lowered(std::string_view name) {
     std::string lowered(name);
     for (char &c : lowered) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -75,20 +83,23 @@ std::string Lowered(std::string_view name) {
 
 }  // namespace
 
+// A file that cannot be read whole counts as missing.
 std::string MibDirectory() {
-    char *content = nullptr;
-    std::string directory;
-    if (KXUtilsReadFileToMemory(kMibPathFile, &content) > 0)
-        directory.assign(content, std::strcspn(content, "\r\n"));
-    KXUtilsFreeResources(content);
-    return directory.empty() ? "mibs" : directory;
+    platform::FileText file;
+    std::string_view directory;
+    if (file.Read(kMibPathFile) && file.Complete()) directory = platform::UpToNul(file.View());
+    directory = directory.substr(0, directory.find_first_of("\r\n"));
+    return directory.empty() ? "mibs" : std::string(directory);
 }
 
 void TakeListedNames(MibIndex index, char *contents) {
     if (index.listCopy != nullptr) return;
     ReleaseScanned(index);
-    MacheLetztesElementZumText(contents);
-    index.listCopy = strdup(contents);
+    // The list ends at its first line end.
+    char *end = contents;
+    while (*end != '\0' && *end != '\r' && *end != '\n') ++end;
+    *end = '\0';
+    index.listCopy = core::HeapCopy({contents, static_cast<std::size_t>(end - contents)});
     if (index.listCopy == nullptr) return;
     int *lengths = nullptr;
     const int count = GTErmittleTextElemente(index.listCopy, " ", nullptr, &lengths);
@@ -110,14 +121,24 @@ void AddTrapDefiningMibs(MibIndex index, const std::string &directory, std::stri
     int listed = 0;
     char **files = nullptr;
     ListDirectory(directory.c_str(), 0, 0, 0, 1, &expression, &listed, &files);
-    std::unordered_set<std::string> done;  // names in the index, in lower case
-    for (int i = 0; i < index.count; ++i) done.insert(Lowered(index.names[i]));
+    // The names in the index, in lower case and sorted: an index holds a few
+    // names, a folder a few files.
+    std::vector<std::string> done;
+    done.reserve(static_cast<std::size_t>(index.count));
+    for (int i = 0; i < index.count; ++i) done.push_back(Lowered(index.names[i]));
+    std::sort(done.begin(), done.end());
+    const auto firstTime = [&done](std::string lowered) {
+        const auto at = std::lower_bound(done.begin(), done.end(), lowered);
+        if (at != done.end() && *at == lowered) return false;
+        done.insert(at, std::move(lowered));
+        return true;
+    };
     std::vector<std::string> added;
     std::string path;
     for (int i = 0; i < listed; ++i) {
         const std::string_view file(files[i]);
         const std::string_view name = file.substr(0, std::min(file.size(), file.find('.')));
-        if (!done.insert(Lowered(name)).second) continue;
+        if (!firstTime(Lowered(name))) continue;
         path.assign(directory).append(separator).append(file);
         if (KXUtilsSearchInFile(path.c_str(), 9, "TRAP-TYPE", 0, "--", 0, 0) >= 0) added.emplace_back(name);
     }
@@ -178,7 +199,9 @@ int GTErmittleTextElemente(char *text, const char *separator, int *longest, int 
     std::vector<int> sizes;
     char *start = text;
     const std::size_t step = separator != nullptr ? std::strlen(separator) : 0;
-    for (char *hit = step > 0 ? _mbsstr(start, separator) : nullptr; hit != nullptr; hit = _mbsstr(start, separator)) {
+    const bool singleBytes = MB_CUR_MAX == 1;
+    for (char *hit = step > 0 ? kx::trap::NextSeparator(start, separator, singleBytes) : nullptr; hit != nullptr;
+         hit = kx::trap::NextSeparator(start, separator, singleBytes)) {
         *hit = '\0';
         sizes.push_back(static_cast<int>(hit - start));
         start = hit + step;

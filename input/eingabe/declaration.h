@@ -32,6 +32,11 @@ enum class Declared {
 // reports "<! ErmittleEingabe: ...>" into the page.
 Declared DeclareFromLine(const DeclarationTarget &target, std::string_view line, std::string_view separator);
 
+// Declares what a line with name, kind and defaultText as its three parts
+// declares (the default is cut at its line end here), for a caller that has
+// the parts already.
+Declared Declare(const DeclarationTarget &target, std::string_view name, char kind, std::string_view defaultText);
+
 // The first list anything is declared into becomes the current list (the
 // process-wide handles); an empty list is set to NULL.
 void RememberList(EingabeElement **list, int *count);

@@ -1,4 +1,6 @@
 // The input list: finding entries by name and setting their values.
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -25,24 +27,46 @@ void StoreValue(EingabeElement &entry, char *value) {
     entry.WertGesetzt = value != nullptr ? 1 : 0;
 }
 
-// The names of the list AppendToEingabe declared into last. A program that
-// declares entries one at a time gets each answer without a walk over its
-// list; the index follows the list as NameIndex describes.
+// Declarations into a shorter list walk it: a walk reads a few bytes of each
+// entry, while indexing reads and hashes every name, which pays only over
+// many lookups.
+constexpr int kIndexedDeclarations = 128;
+// Longest line built on the stack.
+constexpr std::size_t kShortLine = 256;
+
+// The names of the list AppendToEingabe declared into last, per thread: a
+// program that declares entries one at a time into a long list gets each
+// answer without a walk over its list; the index follows the list as
+// NameIndex describes.
 core::NameIndex &AppendIndex() {
     thread_local core::NameIndex index;
     return index;
 }
 
+// A line whose parts are cut exactly where they were joined: a one-byte
+// separator that is no line end, found neither in the name nor as the kind.
+bool PartsStayApart(std::string_view separator, std::string_view name, char kind) {
+    if (separator.size() != 1) return false;
+    const char sign = separator.front();
+    return sign != '\r' && sign != '\n' && sign != kind && name.find(sign) == std::string_view::npos;
+}
+
 // An entry is declared as the one-line definition "<separator>" then
 // "<name><separator><kind><separator><default>" would declare it: the
 // separator is cut at its line end for the parsing, as a separator line is.
-Declared DeclareOne(int *count, EingabeElement **list, std::string_view separator, const char *name, char kind,
-                    const char *defaultText) {
-    // One buffer per thread: a program declaring many entries allocates no
-    // line for each.
-    thread_local std::string line;
-    line.assign(name).append(separator).append(1, kind).append(separator).append(defaultText);
-    const DeclarationTarget target{list, count, *count, {}, &AppendIndex()};
+// A line that would fall apart into its parts again is not built.
+Declared DeclareOne(int *count, EingabeElement **list, std::string_view separator, std::string_view name, char kind,
+                    std::string_view defaultText) {
+    const DeclarationTarget target{list, count, *count, {}, *count >= kIndexedDeclarations ? &AppendIndex() : nullptr};
+    if (PartsStayApart(separator, name, kind)) return Declare(target, name, kind, defaultText);
+    const std::string_view pieces[] = {name, separator, {&kind, 1}, separator, defaultText};
+    std::size_t size = 0;
+    for (const std::string_view piece : pieces) size += piece.size();
+    std::array<char, kShortLine> shortLine;
+    std::string longLine(size > shortLine.size() ? size : 0, '\0');
+    char *at = size > shortLine.size() ? longLine.data() : shortLine.data();
+    const std::string_view line(at, size);
+    for (const std::string_view piece : pieces) at = std::copy(piece.begin(), piece.end(), at);
     return DeclareFromLine(target, line, separator.substr(0, separator.find_first_of("\r\n")));
 }
 
@@ -63,8 +87,10 @@ extern "C" {
 int EingabewertIndex(const char *name, EingabeElement *list, int count) {
     if (name == nullptr || list == nullptr) return count;
     const size_t length = std::strlen(name);
+    if (length > 0) return kx::core::NameIndex::Walk(list, count, {name, length});
+    // The empty name is also found on an entry whose Name is NULL.
     for (int i = 0; i < count; ++i)
-        if (list[i].NameLaenge == length && std::memcmp(list[i].Name, name, length) == 0) return i;
+        if (list[i].NameLaenge == 0) return i;
     return count;
 }
 

@@ -13,6 +13,11 @@ namespace {
 
 std::string_view ViewOf(const char *text) { return text ? std::string_view(text) : std::string_view(); }
 
+// The next occurrence of a separator (not empty) in text, or nullptr.
+char *NextSeparator(char *text, std::string_view separator) {
+    return separator.size() == 1 ? std::strchr(text, separator.front()) : std::strstr(text, separator.data());
+}
+
 // Writes the lengths collected by ErmittleTextElemente into a heap array.
 int *HeapLengths(const std::vector<int> &lengths) {
     int *array = static_cast<int *>(kx::core::Allocate(lengths.size() * sizeof(int)));
@@ -70,20 +75,29 @@ int ErmittleTextElemente(char *text, const char *separator, int *longest, int **
     if (longest != nullptr) *longest = 0;
     if (lengths != nullptr) *lengths = nullptr;
     if (text == nullptr) return 0;
-    // One pass over a view of the whole text: long requests split into
-    // many elements in linear time.
-    const std::string_view whole(text), glue = kx::input::ViewOf(separator);
+    // One pass, each element searched from where the last one ended: long
+    // requests split into many elements in linear time. The lengths are only
+    // collected for a caller who asks for them: most callers only count.
+    const std::string_view glue = kx::input::ViewOf(separator);
     std::vector<int> found;
-    size_t start = 0;
-    for (size_t hit; !glue.empty() && (hit = whole.find(glue, start)) != std::string_view::npos; start = hit + glue.size()) {
-        found.push_back(static_cast<int>(hit - start));
-        text[hit] = '\0';
+    int elements = 0, widest = 0;
+    const auto take = [&](const char *start, const char *end) {
+        const int length = static_cast<int>(end - start);
+        widest = length > widest ? length : widest;
+        if (lengths != nullptr) found.push_back(length);
+        ++elements;
+    };
+    char *start = text;
+    for (char *hit; !glue.empty() && (hit = kx::input::NextSeparator(start, glue)) != nullptr; start = hit + glue.size()) {
+        take(start, hit);
+        *hit = '\0';
     }
-    found.push_back(static_cast<int>(whole.size() - start));
-    if (longest != nullptr)
-        for (int length : found) *longest = length > *longest ? length : *longest;
+    // The last element's length only matters to a caller who asks for lengths.
+    const bool measured = longest != nullptr || lengths != nullptr;
+    take(start, measured ? start + std::strlen(start) : start);
+    if (longest != nullptr) *longest = widest;
     if (lengths != nullptr) *lengths = kx::input::HeapLengths(found);
-    return static_cast<int>(found.size());
+    return elements;
 }
 
 void UtilsErsetzeZeichen(char *text, const char *set, int setLength, char replacement) {

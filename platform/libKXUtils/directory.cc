@@ -40,7 +40,8 @@ using ByteSet = std::bitset<256>;
 // every file, has no positions.
 bool SuffixPositions(const char *source, std::vector<ByteSet> &positions) {
     constexpr std::string_view kOperators = ".[]()*+?{}|^$\\";
-    if (MB_CUR_MAX != 1 || std::strncmp(source, ".*", 2) != 0) return false;
+    if (MB_CUR_MAX != 1 || source[0] != '.' || source[1] != '*') return false;
+    positions.reserve(std::strlen(source));
     for (const char *at = source + 2; *at != '\0';) {
         if (at[0] == '$' && at[1] == '\0') break;
         ByteSet admitted;
