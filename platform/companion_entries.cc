@@ -1,17 +1,20 @@
 // The entry points of the companions that only some requests call: the MIB
-// library, the trap file library, the database library and the alarm
-// forwarding library. The library calls each by its own name; the name
+// library, the trap file library, the database library, the alarm
+// forwarding library and the multibyte string library. The library calls each by its own name; the name
 // lands here, which loads the companion on the first call of the process
 // (platform/companion_loader.h) and passes the call on unchanged. The
 // companions stay separate shared libraries, but a request that reads no
-// MIB, no trap file and no database loads none of them.
+// MIB, no trap file and no database loads none of them. The multibyte
+// string functions are only needed where the locale's characters can be
+// longer than a byte.
 //
-// Every operation of these four companions has its entry here, so that a
+// Every operation of these five companions has its entry here, so that a
 // later call of any of them from the library needs no change in this file;
 // the release build links the library with -z defs, which turns a missing
 // entry into a link error.
 #include "companion/libDBAsciiAccess.h"
 #include "companion/libForwarding.h"
+#include "companion/libKXmbcs.h"
 #include "companion/libKXsnmp.h"
 #include "companion/libKXsnmp_names.h"
 #include "companion/libKXsnmp_traps.h"
@@ -32,6 +35,9 @@
 #ifndef KX_SONAME_FORWARDING
 #define KX_SONAME_FORWARDING "libForwarding.so.1"
 #endif
+#ifndef KX_SONAME_KXMBCS
+#define KX_SONAME_KXMBCS "libKXmbcs.so.1"
+#endif
 
 namespace {
 
@@ -50,6 +56,10 @@ void *DatabaseLibrary() {
 }
 void *ForwardingLibrary() {
     static void *const library = kx::platform::OpenCompanion(KX_SONAME_FORWARDING);
+    return library;
+}
+void *MultibyteLibrary() {
+    static void *const library = kx::platform::OpenCompanion(KX_SONAME_KXMBCS);
     return library;
 }
 
@@ -187,6 +197,32 @@ int DBAsciiAccessCloseKeepStaticDllInfo(DBAsciiAccessDatabase *handle) {
 int AlarmFwdPopup(int kind, const char *target, const char *message, int flags, int reserved) {
     KX_COMPANION_ENTRY(ForwardingLibrary, AlarmFwdPopup);
     return entry(kind, target, message, flags, reserved);
+}
+
+// libKXmbcs
+char *_mbschr(const char *text, unsigned int character) {
+    KX_COMPANION_ENTRY(MultibyteLibrary, _mbschr);
+    return entry(text, character);
+}
+char *_mbsrchr(const char *text, unsigned int character) {
+    KX_COMPANION_ENTRY(MultibyteLibrary, _mbsrchr);
+    return entry(text, character);
+}
+char *_mbsstr(const char *text, const char *needle) {
+    KX_COMPANION_ENTRY(MultibyteLibrary, _mbsstr);
+    return entry(text, needle);
+}
+int _mbscmp(const char *a, const char *b) {
+    KX_COMPANION_ENTRY(MultibyteLibrary, _mbscmp);
+    return entry(a, b);
+}
+int _mbsicmp(const char *a, const char *b) {
+    KX_COMPANION_ENTRY(MultibyteLibrary, _mbsicmp);
+    return entry(a, b);
+}
+int _mbsnbcmp(const char *a, const char *b, size_t count) {
+    KX_COMPANION_ENTRY(MultibyteLibrary, _mbsnbcmp);
+    return entry(a, b, count);
 }
 
 }  // extern "C"
