@@ -7,8 +7,14 @@
 //   "N"       only the first strlen(right) bytes of left take part: "==" means
 //             "left begins with right", and an empty right equals every left
 //   numeric   decimal numbers; a text that is not a number is unordered
+#include <locale.h>
+
+#include <atomic>
+#include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string_view>
@@ -78,6 +84,36 @@ std::string_view TrimBlanks(std::string_view t) {
     return t;
 }
 
+// The C locale's reading of numbers whatever the process's locale is: a
+// console may set LC_NUMERIC to a locale with a decimal comma. Made once per
+// process; two threads that meet on the first call keep the first one's.
+// (An atomic rather than a guarded static: the guard would bring the C++
+// runtime's exception support into this library.)
+locale_t CLocale() {
+    static std::atomic<locale_t> made{nullptr};
+    locale_t c = made.load(std::memory_order_acquire);
+    if (c != nullptr) return c;
+    locale_t fresh = newlocale(LC_ALL_MASK, "C", nullptr);
+    if (made.compare_exchange_strong(c, fresh, std::memory_order_acq_rel)) return fresh;
+    freelocale(fresh);
+    return c;
+}
+
+// The double a checked decimal number starts at text: its nearest value, or
+// nothing when it lies beyond a double's range (it overflows, or a non-zero
+// number rounds to zero); a subnormal value is a value. (strtod_l rather
+// than std::from_chars, whose floating-point reader brings a large part of
+// the C++ runtime into this library.) The caller's errno is kept.
+std::optional<double> ReadReal(const char *text) {
+    const int saved = errno;
+    errno = 0;
+    const double value = strtod_l(text, nullptr, CLocale());
+    const bool outOfRange = errno == ERANGE && (value == 0 || std::isinf(value));
+    errno = saved;
+    if (outOfRange) return std::nullopt;
+    return value;
+}
+
 // The number a text denotes. Integers that fit 64 bits are kept exact.
 struct Number {
     bool integral;
@@ -95,8 +131,15 @@ std::optional<Number> ReadNumber(const char *text) {
         const auto r = std::from_chars(t.data(), t.data() + t.size(), n.whole);
         if (r.ec == std::errc()) n.integral = true;
     }
-    const auto r = std::from_chars(t.data(), t.data() + t.size(), n.real);
-    if (r.ec != std::errc()) return std::nullopt;  // beyond the range of a double
+    // A whole number of 64 bits converts to its nearest double directly;
+    // other numbers are read as decimal text.
+    if (n.integral) {
+        n.real = static_cast<double>(n.whole);
+        return n;
+    }
+    const std::optional<double> real = ReadReal(t.data());
+    if (!real) return std::nullopt;  // beyond the range of a double
+    n.real = *real;
     return n;
 }
 
