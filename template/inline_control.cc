@@ -107,7 +107,7 @@ std::string FileTest(std::string_view left) {
     for (char &c : path)
         if (c == '/' || c == '\\') c = Verzeichnistrenner[0];
     const Evaluation evaluated(path, -2);
-    const bool exists = !evaluated.Failed() && KXUtilsFileExists(std::string(evaluated.Text()).c_str()) == 0;
+    const bool exists = !evaluated.Failed() && KXUtilsFileExists(evaluated.CText()) == 0;
     return exists ? "1" : "0";
 }
 
