@@ -5,7 +5,6 @@
 #include <cstring>
 #include <vector>
 
-#include "convert/chain.h"
 #include "convert/convert_internal.h"
 #include "core/text.h"
 #include "kx_convert.h"
@@ -47,6 +46,13 @@ const KonvertierungsEintrag *MatchRow(const char *position) {
     return nullptr;
 }
 
+// One conversion of a chain: its row, its argument and the "." ending it.
+struct Link {
+    const KonvertierungsEintrag *row;
+    char *argument;
+    char *dot;
+};
+
 // The conversion at the first "_" of text, when a "." follows its name.
 bool FindLink(char *text, Link &link) {
     char *underscore = std::strchr(text, '_');
@@ -83,26 +89,18 @@ private:
     std::size_t count_ = 0;
 };
 
-// The chain that starts with first, the one nearest the name last. Every
+// The links of the chain at start, the one nearest the name last. Every
 // link's "." lies before the name, which follows the text's last ".".
-Chain ChainFrom(const Link &first) {
+Chain CollectChain(char *start, const char *end) {
     Chain chain;
-    chain.Add(first);
-    const char *limit = std::strrchr(first.dot, '.') + 1;
-    char *start = first.dot + 1;
     Link link;
+    const char *limit = end;
     while (Below(start, limit) && FindLink(start, link)) {
         chain.Add(link);
+        if (chain.Size() == 1) limit = std::strrchr(link.dot, '.') + 1;
         start = link.dot + 1;
     }
     return chain;
-}
-
-// The links of the chain at start; none when its first lies at end or after.
-Chain CollectChain(char *start, const char *end) {
-    Link first;
-    if (!Below(start, end) || !FindLink(start, first)) return {};
-    return ChainFrom(first);
 }
 
 // Calls one handler with its argument cut at the ".".
@@ -113,9 +111,24 @@ char *Apply(const Link &link, char *value, int cycleIndex) {
     return result;
 }
 
-// The chain's conversions, nearest the name first; the value is freed
-// when asked and replaced.
-char *RunChain(const Chain &chain, char *value, bool freeValue, int cycleIndex) {
+char *Determine(char *text, char **conversionStart) {
+    char *start = nullptr;
+    char *name = text;
+    if (char *underscore = std::strchr(text, '_'); underscore != nullptr) {
+        Link link;
+        if (FindLink(underscore, link)) {
+            start = underscore;
+            name = std::strrchr(link.dot, '.') + 1;
+        } else if (MatchRow(underscore) == nullptr && std::strncmp(underscore, "_this", 5) == 0) {
+            start = underscore;
+        }
+    }
+    if (conversionStart != nullptr) *conversionStart = start;
+    return name;
+}
+
+char *Convert(char *start, const char *end, char *value, bool freeValue, int cycleIndex) {
+    const Chain chain = CollectChain(start, end);
     if (chain.Size() == 0) return value;
     char *current = value;
     for (std::size_t i = chain.Size(); i-- > 0;) {
@@ -128,27 +141,6 @@ char *RunChain(const Chain &chain, char *value, bool freeValue, int cycleIndex) 
 }
 
 }  // namespace
-
-FoundChain FindChain(char *text) {
-    FoundChain found;
-    found.name = text;
-    char *underscore = std::strchr(text, '_');
-    if (underscore == nullptr) return found;
-    if (FindLink(underscore, found.first)) {
-        found.start = underscore;
-        found.name = std::strrchr(found.first.dot, '.') + 1;
-    } else {
-        found.first = {};
-        if (MatchRow(underscore) == nullptr && std::strncmp(underscore, "_this", 5) == 0) found.start = underscore;
-    }
-    return found;
-}
-
-char *ConvertFound(const FoundChain &found, char *value, int cycleIndex) {
-    if (found.first.row == nullptr) return value;
-    return RunChain(ChainFrom(found.first), value, true, cycleIndex);
-}
-
 }  // namespace kx::convert
 
 extern "C" {
@@ -158,14 +150,12 @@ char *DetermineConversion(char *text, char **conversionStart) {
         if (conversionStart != nullptr) *conversionStart = nullptr;
         return nullptr;
     }
-    const kx::convert::FoundChain found = kx::convert::FindChain(text);
-    if (conversionStart != nullptr) *conversionStart = found.start;
-    return found.name;
+    return kx::convert::Determine(text, conversionStart);
 }
 
 char *ConvertIt(char *start, const char *end, char *value, int freeValue, int cycleIndex) {
     if (start == nullptr) return value;
-    return kx::convert::RunChain(kx::convert::CollectChain(start, end), value, freeValue != 0, cycleIndex);
+    return kx::convert::Convert(start, end, value, freeValue != 0, cycleIndex);
 }
 
 }  // extern "C"

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "companion/libKXUtils.h"
-#include "convert/chain.h"
 #include "kx_convert.h"
 #include "kx_template.h"
 #include "core/entry.h"
@@ -139,6 +138,12 @@ private:
 
 char *Evaluate(const Control &ctl, const std::string &branch);
 
+// Where the conversion chain of a branch text starts and the name behind it.
+struct ConversionChain {
+    char *name = nullptr;   // the name after the chain, or the branch text itself
+    char *start = nullptr;  // the "_" that starts the chain (or "_this"), or NULL
+};
+
 // The value of the this entry stands where a branch names "_this".
 constexpr std::string_view kThis = "_this";
 
@@ -148,8 +153,8 @@ constexpr std::string_view kNestedControl = "{=";
 // The chosen branch: a nested control, or a name behind a conversion chain.
 char *BranchValue(const Control &ctl, std::string branch) {
     if (branch.starts_with(kNestedControl)) return Evaluate(ctl, branch);
-    // The chain is found once, for the name behind it and for the conversion.
-    const convert::FoundChain chain = convert::FindChain(branch.data());
+    ConversionChain chain;
+    chain.name = DetermineConversion(branch.data(), &chain.start);
     const char *thisAt = std::strstr(chain.name, kThis.data());
     if (chain.start == nullptr && thisAt == nullptr) {
         // No conversion and no "_this": the evaluated name is the value as
@@ -160,7 +165,7 @@ char *BranchValue(const Control &ctl, std::string branch) {
     char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;
-    HeapText converted(convert::ConvertFound(chain, value, ctl.cycleIndex));
+    HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
     _ThisValueIndex = saved;
     const char *afterThis = thisAt != nullptr ? thisAt + kThis.size() : nullptr;
     if (afterThis != nullptr && *afterThis != '\0') {

@@ -23,7 +23,6 @@
 #include <vector>
 
 #include "companion/libKXUtils.h"
-#include "convert/chain.h"
 #include "convert/convert_internal.h"
 #include "kx_convert.h"
 #include "support/kx_test.h"
@@ -225,14 +224,6 @@ TEST_F(Conversions, DetermineConversionFindsTheNameBehindTheChain) {
         char *start = text.data() + 99;
         EXPECT_EQ(DetermineConversion(text.data(), &start) - text.data(), c.name) << c.text;
         EXPECT_EQ(start, c.start < 0 ? nullptr : text.data() + c.start) << c.text;
-        // Found once for a control's branch: the same answer, and the same
-        // conversion as ConvertIt from the text's start.
-        const kx::convert::FoundChain found = kx::convert::FindChain(text.data());
-        EXPECT_EQ(found.name - text.data(), c.name) << c.text;
-        EXPECT_EQ(found.start, c.start < 0 ? nullptr : text.data() + c.start) << c.text;
-        EXPECT_EQ(HeapText(kx::convert::ConvertFound(found, strdup("12"), -1)).str(),
-                  HeapText(ConvertIt(text.data(), kUnbounded, strdup("12"), 1, -1)).str())
-            << c.text;
     }
 }
 
