@@ -25,6 +25,12 @@ public:
     bool Failed() const { return changed_ && !result_; }
     // The evaluated text; the text itself when nothing was replaced.
     std::string_view Text() const { return changed_ ? result_.View() : std::string_view(operand_); }
+    // Text() for a C interface: both texts it can be end with a NUL, so no
+    // copy is needed to pass it on.
+    const char *CText() const {
+        if (!changed_) return operand_.c_str();
+        return result_ ? result_.Get() : "";
+    }
     // The evaluated text as a heap text for a caller; nullptr when memory runs out.
     char *Release();
 

@@ -63,7 +63,7 @@ public:
         }
         Evaluation evaluated(rightText != nullptr ? rightText : "", cycleIndex);
         if (!evaluated.Changed() && evaluated.Text().find('%') != std::string_view::npos)
-            text_.Reset(ServerDecoding(std::string(evaluated.Text()).c_str()));
+            text_.Reset(ServerDecoding(evaluated.CText()));
         else
             text_.Reset(evaluated.Release());
         Split();

@@ -23,6 +23,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 
 #include "core/entry.h"
 #include "core/messages.h"
@@ -97,6 +98,40 @@ EingabeElement *List(const Invocation &inv) { return *inv.pList; }
 void Record(Body &body, const EingabeElement *list, int index) {
     body.recorded.push_back(list[index].Name);
     body.recordedAt.push_back(index);
+}
+
+bool EndsInCount(const EingabeElement &entry) {
+    return entry.Name != nullptr && entry.NameLaenge >= Text_Internalcount.size() &&
+           std::string_view(entry.Name + entry.NameLaenge - Text_Internalcount.size(), Text_Internalcount.size()) ==
+               Text_Internalcount;
+}
+
+// The count entries are collected again when the list has moved, grown or
+// shrunk, or one of them is no longer the entry it was.
+CountEntries &KnownCountEntries(Invocation &inv) {
+    CountEntries &known = inv.cycle.counts;
+    const EingabeElement *list = List(inv);
+    bool current = known.list == list && known.count == *inv.pCount;
+    for (const auto &[index, name] : known.entries)
+        current = current && list[index].Name == name;
+    if (current) return known;
+    known.list = list;
+    known.count = *inv.pCount;
+    known.entries.clear();
+    for (int i = 0; i < known.count; ++i)
+        if (EndsInCount(list[i])) known.entries.emplace_back(i, list[i].Name);
+    return known;
+}
+
+// The first entry named "<name>Internalcount", the count when none is.
+int CountEntryOf(Invocation &inv, std::string_view name) {
+    for (const auto &[index, text] : KnownCountEntries(inv).entries) {
+        const EingabeElement &entry = List(inv)[index];
+        if (entry.NameLaenge == name.size() + Text_Internalcount.size() &&
+            std::memcmp(text, name.data(), name.size()) == 0)
+            return index;
+    }
+    return *inv.pCount;
 }
 
 }  // namespace
@@ -431,8 +466,7 @@ void RecordEntry(Invocation &inv, int index) {
     if (Recorded(body, entry.Name) || (!body.cycleName.empty() && body.cycleName == entry.Name))
         return;
     Record(body, List(inv), index);
-    const std::string countName = std::string(entry.Name) + std::string(Text_Internalcount);
-    const int counts = inv.names.Find(List(inv), *inv.pCount, countName);
+    const int counts = CountEntryOf(inv, {entry.Name, entry.NameLaenge});
     if (counts >= *inv.pCount) return;
     const int next = inv.cycle.level + 1;
     if (next < kLevelCount) {

@@ -72,6 +72,16 @@ struct ValueMark {
     int index = 0;
 };
 
+// The entries whose names end in "Internalcount", in list order, as the list
+// was when they were collected (its address, its count, their Name texts).
+// A body asks for "<name>Internalcount" once per entry it writes; most lists
+// hold one such entry or none, so a walk over those few answers it.
+struct CountEntries {
+    const EingabeElement *list = nullptr;
+    int count = -1;
+    std::vector<std::pair<int, const char *>> entries;
+};
+
 struct CycleEngine {
     Level levels[kLevelCount];
     int level = 0;         // the level the processor is at
@@ -80,6 +90,7 @@ struct CycleEngine {
     long iterations = 0;   // iterations replayed by this call
     std::vector<ValueMark> marks; // the lists stepped by the replays
     std::vector<int> stepped;     // room for the entries an iteration steps, kept between rows
+    CountEntries counts;          // the count entries of the list
 
     Level &Current() { return levels[level]; }
     bool Collecting() const { return levels[level].state == CycleState::Collecting; }

@@ -108,7 +108,7 @@ char *Define(Invocation &inv, const Placeholder &ph, char *pos) {
         return LineEnds(inv);
     }
     const Evaluation evaluated(value, inv.CycleIndex());
-    DeclareDefined(inv, name, std::string(evaluated.Text()).c_str());
+    DeclareDefined(inv, name, evaluated.CText());
     // During a replay the rest of the stored line is dropped.
     return inv.cycle.level == 0 ? AfterDefine(inv, ph) : LineEnds(inv);
 }

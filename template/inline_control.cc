@@ -14,6 +14,7 @@
 #include "core/evaluation.h"
 #include "core/number.h"
 #include "core/text.h"
+#include "template/markers.h"
 #include "template/nesting.h"
 
 extern "C" {
@@ -106,7 +107,7 @@ std::string FileTest(std::string_view left) {
     for (char &c : path)
         if (c == '/' || c == '\\') c = Verzeichnistrenner[0];
     const Evaluation evaluated(path, -2);
-    const bool exists = !evaluated.Failed() && KXUtilsFileExists(std::string(evaluated.Text()).c_str()) == 0;
+    const bool exists = !evaluated.Failed() && KXUtilsFileExists(evaluated.CText()) == 0;
     return exists ? "1" : "0";
 }
 
@@ -218,31 +219,26 @@ bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
                            ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
 }
 
-// Splits the body at "?" and the ":" that pairs with it.
-void Branches(const std::string &body, size_t question, std::string *thenText,
-              std::string *elseText) {
-    const char *q = body.c_str() + question;
-    const char *colon = PairIt(q, "?", ":");
-    if (colon == q) {
-        *thenText = body.substr(question + 1);
-        elseText->clear();
-        return;
-    }
-    *thenText = std::string(q + 1, colon);
-    *elseText = std::string(colon + 1);
+// The branch the condition chose: the body splits at "?" and the ":" that
+// pairs with it; no ":" leaves the else branch empty.
+std::string_view Branch(std::string_view body, size_t question, bool holds) {
+    const std::string_view rest = body.substr(question);
+    const size_t colon = PairedIn(rest, '?', ':');
+    if (colon == std::string_view::npos) return holds ? rest.substr(1) : std::string_view();
+    return holds ? rest.substr(1, colon - 1) : rest.substr(colon + 1);
 }
 
 // The control's text from its type on; *consumed is adjusted. NULL result
-// with *consumed kept: the control yields nothing.
-char *EvaluateBody(const Control &ctl, const std::string &type, const std::string &body,
-                   int *consumed) {
+// with *consumed kept: the control yields nothing. The body is a view into the
+// control's text: only the chosen branch is copied, for the conversion.
+char *EvaluateBody(const Control &ctl, const std::string &type, std::string_view body, int *consumed) {
     const size_t question = body.find('?');
     if (question == std::string::npos) {
         *consumed = 0;
         return nullptr;
     }
-    if (question == 0) return HeapCopy(EmptyCondition(ctl, body, consumed));
-    const std::string_view condition = std::string_view(body).substr(0, question);
+    if (question == 0) return HeapCopy(EmptyCondition(ctl, std::string(body), consumed));
+    const std::string_view condition = body.substr(0, question);
     const size_t op = condition.find_first_of("!=<>");
     if (op == std::string_view::npos) return nullptr;
     const size_t opLength = op + 1 < condition.size() && condition[op + 1] == '=' ? 2 : 1;
@@ -253,9 +249,7 @@ char *EvaluateBody(const Control &ctl, const std::string &type, const std::strin
     bool usable = true;
     const bool holds = Holds(ctl, cond, &usable);
     if (!usable) return nullptr;
-    std::string thenText, elseText;
-    Branches(body, question, &thenText, &elseText);
-    return BranchValue(ctl, holds ? std::move(thenText) : std::move(elseText));
+    return BranchValue(ctl, std::string(Branch(body, question, holds)));
 }
 
 // The control at text; its result (or NULL), *consumed its length.
@@ -269,7 +263,7 @@ char *Run(const Control &ctl, char *text, int *consumed) {
     *consumed = static_cast<int>(close - text) + 1;
     const char *body = nullptr;
     const std::string type = TypeOf(text + ctl.skip, close, &body);
-    char *result = EvaluateBody(ctl, type, std::string(body, close), consumed);
+    char *result = EvaluateBody(ctl, type, std::string_view(body, static_cast<size_t>(close - body)), consumed);
     if (result == nullptr || std::strstr(result, "{_txt_") == nullptr) return result;
     const HeapText once(result);
     return EvaluatedCopy(once.View(), ctl.cycleIndex);

@@ -4,7 +4,9 @@
 #ifndef KX_TEMPLATE_MARKERS_H
 #define KX_TEMPLATE_MARKERS_H
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "kx_input.h"
 
@@ -20,6 +22,13 @@ Markers CurrentMarkers(int *pCount, EingabeElement **pList);
 // The text after the start marker at start; the text's end when it is
 // shorter than the marker.
 char *AfterStartMarker(char *start, const Markers &markers);
+
+// PairIt for markers of one character each (a control's "?" and ":") within
+// text, which need not end with a NUL: the offset of the close that pairs
+// with the first open, nested pairs counted and a close right after
+// "javascript" passed over; npos when none pairs. A control's branches are
+// split so in place, without a copy of its body to end it with a NUL.
+size_t PairedIn(std::string_view text, char open, char close);
 
 // Characters written over with NUL for a while and put back when the holder
 // goes out of scope, in reverse order.

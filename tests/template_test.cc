@@ -10,9 +10,12 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "support/page_engine.h"
+#include "template/markers.h"
 #include "template/template_reader.h"
 
 namespace {
@@ -280,3 +283,25 @@ TEST(ProcessorFeatures, AgreeWithCpuid) {
 #endif
 
 }  // namespace
+
+// The pairing within a view answers as PairIt does, on every text of up to five
+// pieces: nested and stray markers, a close before the first open, and
+// "javascript" before a close, inside the window PairIt looks at or across it.
+TEST(PairedIn, AgreesWithPairIt) {
+    const std::vector<std::string> pieces = {"{", "}", "?", ":", "x", "javascript", "JavaScript:"};
+    std::vector<std::string> texts = {""};
+    for (size_t from = 0, round = 0; round < 5; ++round) {
+        const size_t to = texts.size();
+        for (size_t i = from; i < to; ++i)
+            for (const std::string &piece : pieces) texts.push_back(texts[i] + piece);
+        from = to;
+    }
+    for (const std::string &text : texts) {
+        const char *c = text.c_str();
+        for (const auto &[open, close] : {std::pair{'?', ':'}, std::pair{'{', '}'}}) {
+            const char markers[] = {open, '\0', close, '\0'};
+            const size_t at = kx::tmpl::PairedIn(text, open, close);
+            EXPECT_EQ(at == std::string_view::npos ? c : c + at, PairIt(c, markers, markers + 2)) << text;
+        }
+    }
+}
