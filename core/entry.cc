@@ -1,5 +1,6 @@
 #include "core/entry.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace kx::core {
@@ -35,13 +36,27 @@ const char *ValueAt(const EingabeElement &entry, int index) {
     return offset < 0 ? nullptr : entry.Wert + offset;
 }
 
+// Four entries a step: each costs a compare and a branch not taken. Names
+// of one length often differ in their last byte ("Server1", "Server2"), so
+// that byte is compared before the rest.
 int FindEntry(const EingabeElement *list, int count, std::string_view name) {
-    for (int i = 0; i < count; ++i) {
+    if (list == nullptr || name.size() > UINT32_MAX) return count;
+    const auto size = static_cast<uint32_t>(name.size());
+    const char last = size > 0 ? name.back() : '\0';
+    const auto named = [&](int i) {
         const EingabeElement &entry = list[i];
-        if (entry.NameLaenge == name.size() && entry.Name != nullptr &&
-            std::memcmp(entry.Name, name.data(), name.size()) == 0)
-            return i;
+        return entry.NameLaenge == size && entry.Name != nullptr && (size == 0 || entry.Name[size - 1] == last) &&
+               std::memcmp(entry.Name, name.data(), size) == 0;
+    };
+    int i = 0;
+    for (; i + 4 <= count; i += 4) {
+        if (named(i)) return i;
+        if (named(i + 1)) return i + 1;
+        if (named(i + 2)) return i + 2;
+        if (named(i + 3)) return i + 3;
     }
+    for (; i < count; ++i)
+        if (named(i)) return i;
     return count;
 }
 

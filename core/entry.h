@@ -35,7 +35,9 @@ const char *ValueAt(const EingabeElement &entry, int index);
 // Offset in Wert of value number index; -1 when there is none.
 int ValueOffset(const EingabeElement &entry, int index);
 
-// Index of the first entry whose name is exactly name; count when none.
+// Index of the first entry whose name is exactly name; count when none or
+// when list is null. A walk over the list, for short lists and single
+// lookups; NameIndex answers the same for long ones.
 int FindEntry(const EingabeElement *list, int count, std::string_view name);
 
 // The entry at index when it is one of the list's, else NULL.

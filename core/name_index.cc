@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "core/alloc.h"
+#include "core/entry.h"
 
 namespace kx::core {
 namespace {
@@ -86,48 +87,25 @@ std::string_view NameOf(const EingabeElement &entry) { return {entry.Name, entry
 
 }  // namespace
 
-// Four entries a step: each costs a compare and a branch not taken.
-int NameIndex::Walk(const EingabeElement *list, int count, std::string_view name) {
-    if (list == nullptr || name.size() > UINT32_MAX) return count;
-    const auto size = static_cast<uint32_t>(name.size());
-    // Names of one length often differ in their last byte ("Server1", "Server2").
-    const char last = size > 0 ? name.back() : '\0';
-    const auto named = [&](int i) {
-        const EingabeElement &entry = list[i];
-        return entry.NameLaenge == size && entry.Name != nullptr && (size == 0 || entry.Name[size - 1] == last) &&
-               std::memcmp(entry.Name, name.data(), size) == 0;
-    };
-    int i = 0;
-    for (; i + 4 <= count; i += 4) {
-        if (named(i)) return i;
-        if (named(i + 1)) return i + 1;
-        if (named(i + 2)) return i + 2;
-        if (named(i + 3)) return i + 3;
-    }
-    for (; i < count; ++i)
-        if (named(i)) return i;
-    return count;
-}
-
 int NameIndex::Find(const EingabeElement *list, int count, std::string_view name) {
-    if (list == nullptr || count < kIndexedFrom) return Walk(list, count, name);
+    if (list == nullptr || count < kIndexedFrom) return FindEntry(list, count, name);
     if (indexed_ == 0 && walked_ < WalkedLookups(count)) {
         ++walked_;
-        return Walk(list, count, name);
+        return FindEntry(list, count, name);
     }
     // Without memory for the table the list is walked.
-    if (!Unchanged(list, count) && !Follow(list, count)) return Walk(list, count, name);
+    if (!Unchanged(list, count) && !Follow(list, count)) return FindEntry(list, count, name);
     const uint32_t hash = HashOf(name);
     int index = count;
     Lookup found = Probe(list, name, hash, &index);
     if (found == Lookup::Changed) {
         // An entry changed behind the index: index the list as it is now.
-        if (!Rebuild(list, count)) return Walk(list, count, name);
+        if (!Rebuild(list, count)) return FindEntry(list, count, name);
         found = Probe(list, name, hash, &index);
     }
     if (found == Lookup::Hit) return index;
     if (found == Lookup::Miss) return count;
-    return Walk(list, count, name);
+    return FindEntry(list, count, name);
 }
 
 // Appended entries are added; a list that shrank or whose first or last

@@ -34,11 +34,6 @@ public:
     // (the same answer as FindEntry).
     int Find(const EingabeElement *list, int count, std::string_view name);
 
-    // The same answer by a walk over the list, without an index: for short
-    // lists and single lookups. A name is read only where its length
-    // matches.
-    static int Walk(const EingabeElement *list, int count, std::string_view name);
-
 private:
     struct Slot {
         uint32_t hash;

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "core/alloc.h"
+#include "core/entry.h"
 #include "core/html_escape.h"
 #include "core/messages.h"
 #include "core/text.h"
@@ -61,7 +62,7 @@ void Report(const DeclarationTarget &target, int lineNumber, std::string_view se
 int FindEarlierEntry(const DeclarationTarget &target, std::string_view name) {
     const EingabeElement *list = *target.list;
     const int first = target.index != nullptr ? target.index->Find(list, *target.count, name)
-                                              : core::NameIndex::Walk(list, target.before, name);
+                                              : core::FindEntry(list, target.before, name);
     return first < target.before ? first : -1;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/entry.h"
 #include "core/text.h"
 #include "input/eingabe/declaration.h"
 #include "kx_input.h"
@@ -87,7 +88,7 @@ extern "C" {
 int EingabewertIndex(const char *name, EingabeElement *list, int count) {
     if (name == nullptr || list == nullptr) return count;
     const size_t length = std::strlen(name);
-    if (length > 0) return kx::core::NameIndex::Walk(list, count, {name, length});
+    if (length > 0) return kx::core::FindEntry(list, count, {name, length});
     // The empty name is also found on an entry whose Name is NULL.
     for (int i = 0; i < count; ++i)
         if (list[i].NameLaenge == 0) return i;
