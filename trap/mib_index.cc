@@ -8,7 +8,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
+#include <unordered_set>
 #include <vector>
 
 #include "companion/libKXUtils.h"
@@ -121,24 +121,17 @@ void AddTrapDefiningMibs(MibIndex index, const std::string &directory, std::stri
     int listed = 0;
     char **files = nullptr;
     ListDirectory(directory.c_str(), 0, 0, 0, 1, &expression, &listed, &files);
-    // The names in the index, in lower case and sorted: an index holds a few
-    // names, a folder a few files.
-    std::vector<std::string> done;
-    done.reserve(static_cast<std::size_t>(index.count));
-    for (int i = 0; i < index.count; ++i) done.push_back(Lowered(index.names[i]));
-    std::sort(done.begin(), done.end());
-    const auto firstTime = [&done](std::string lowered) {
-        const auto at = std::lower_bound(done.begin(), done.end(), lowered);
-        if (at != done.end() && *at == lowered) return false;
-        done.insert(at, std::move(lowered));
-        return true;
-    };
+    // Names in the index or met in the folder, in lower case: one hash set,
+    // so that a folder of many files is taken in linear time.
+    std::unordered_set<std::string> done;
+    done.reserve(static_cast<std::size_t>(index.count) + static_cast<std::size_t>(listed));
+    for (int i = 0; i < index.count; ++i) done.insert(Lowered(index.names[i]));
     std::vector<std::string> added;
     std::string path;
     for (int i = 0; i < listed; ++i) {
         const std::string_view file(files[i]);
         const std::string_view name = file.substr(0, std::min(file.size(), file.find('.')));
-        if (!firstTime(Lowered(name))) continue;
+        if (!done.insert(Lowered(name)).second) continue;
         path.assign(directory).append(separator).append(file);
         if (KXUtilsSearchInFile(path.c_str(), 9, "TRAP-TYPE", 0, "--", 0, 0) >= 0) added.emplace_back(name);
     }
