@@ -106,20 +106,22 @@ bool EndsInCount(const EingabeElement &entry) {
                Text_Internalcount;
 }
 
-// The count entries are collected again when the list has moved, grown or
-// shrunk, or one of them is no longer the entry it was.
+// The count entries of the list. A page only appends entries, so while the
+// known ones are still where they were, only the entries added since are
+// looked at (the list may have moved); otherwise they are collected anew.
 CountEntries &KnownCountEntries(Invocation &inv) {
     CountEntries &known = inv.cycle.counts;
     const EingabeElement *list = List(inv);
-    bool current = known.list == list && known.count == *inv.pCount;
-    for (const auto &[index, name] : known.entries)
-        current = current && list[index].Name == name;
-    if (current) return known;
-    known.list = list;
-    known.count = *inv.pCount;
-    known.entries.clear();
-    for (int i = 0; i < known.count; ++i)
+    const int count = *inv.pCount;
+    bool kept = known.count <= count;
+    for (const auto &[index, name] : known.entries) kept = kept && list[index].Name == name;
+    if (!kept) {
+        known.entries.clear();
+        known.count = 0;
+    }
+    for (int i = known.count; i < count; ++i)
         if (EndsInCount(list[i])) known.entries.emplace_back(i, list[i].Name);
+    known.count = count;
     return known;
 }
 

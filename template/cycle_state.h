@@ -73,12 +73,11 @@ struct ValueMark {
 };
 
 // The entries whose names end in "Internalcount", in list order, as the list
-// was when they were collected (its address, its count, their Name texts).
+// was when they were looked at (how many entries, their Name texts).
 // A body asks for "<name>Internalcount" once per entry it writes; most lists
 // hold one such entry or none, so a walk over those few answers it.
 struct CountEntries {
-    const EingabeElement *list = nullptr;
-    int count = -1;
+    int count = 0;  // the entries looked at
     std::vector<std::pair<int, const char *>> entries;
 };
 
