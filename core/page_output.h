@@ -15,6 +15,11 @@ namespace kx::core {
 
 // The buffer is written out once it holds this many bytes.
 inline constexpr std::size_t kPageBlockSize = 64 * 1024;
+// A page starts with a buffer this large, which grows to a whole block when
+// the page outgrows it: most pages are a few kilobytes, and a buffer of a
+// block would be a large heap chunk whose release makes the allocator
+// consolidate its free lists on every page.
+inline constexpr std::size_t kPageStartSize = 8 * 1024;
 // The buffer has this many bytes more behind its block: a writer filling
 // the room Extend gave may copy in whole moves that pass its end by up to
 // kPageSlack bytes, which the next piece overwrites and no flush writes.
@@ -31,7 +36,7 @@ public:
 
     // Inline: a replayed row writes a few short pieces per value.
     void Write(std::string_view piece) {
-        if (piece.size() <= kPageBlockSize - used_) {
+        if (piece.size() <= capacity_ - used_) {
             std::memcpy(pending_.get() + used_, piece.data(), piece.size());
             used_ += piece.size();
         } else {
@@ -43,7 +48,7 @@ public:
     // caller fills all n bytes before anything else is written, and may
     // write up to kPageSlack bytes more, which are not kept.
     char *Extend(std::size_t n) {
-        if (n > kPageBlockSize - used_) Flush();
+        if (n > capacity_ - used_) MakeRoom(n);
         char *room = pending_.get() + used_;
         used_ += n;
         return room;
@@ -56,8 +61,13 @@ public:
 
 private:
     void WriteBlock(std::string_view piece);
+    // Room for n more bytes (n at most a block): the buffer grows to a
+    // block, and is written out when that is not enough.
+    void MakeRoom(std::size_t n);
+    void Grow();
 
-    std::unique_ptr<char[]> pending_; // kPageBlockSize + kPageSlack bytes, used_ of them pending
+    std::unique_ptr<char[]> pending_; // capacity_ + kPageSlack bytes, used_ of them pending
+    std::size_t capacity_ = kPageStartSize;
     std::size_t used_ = 0;
     PageOutput *outer_;
 };

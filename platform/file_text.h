@@ -53,7 +53,7 @@ public:
 private:
     // A list file, a page's texts or a short definition fit in the object;
     // a longer file goes to the heap, its room doubled as it grows.
-    static constexpr std::size_t kInlineRoom = 1024;
+    static constexpr std::size_t kInlineRoom = 4096;
 
     struct Release {
         void operator()(char *bytes) const { std::free(bytes); }

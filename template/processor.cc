@@ -286,7 +286,7 @@ void RunFile(Invocation &inv) {
     // that holds any line of the file.
     if (inv.deleteCopyright) AllocateLine(inv, size > 0 ? static_cast<size_t>(size) : 0);
     inv.escapeHtml = EscapeHtmlWanted(inv);
-    TemplateReader reader(in.get());
+    TemplateReader reader(in.get(), size);
     Run(inv, &reader, nullptr);
 }
 

@@ -207,18 +207,35 @@ void LineBuffer::Reserve(size_t n) {
     size_ = grown;
 }
 
+namespace {
+
+// A block one byte longer than a file known to be smaller than a whole
+// block: its first read comes back short, which tells the file's end. A
+// size of 0 tells nothing (a pipe, a file of /proc).
+size_t BlockSizeFor(long size) {
+    return size > 0 && static_cast<unsigned long>(size) < kReadBlockSize ? static_cast<size_t>(size) + 1
+                                                                         : kReadBlockSize;
+}
+
+}  // namespace
+
 // Room for a carried line, a block, the NUL that ends what was read, and what
 // a scanner may read past it. Those bytes may hold anything: the scanners'
 // answers end at the NUL.
-TemplateReader::TemplateReader(std::FILE *in)
-    : in_(in), scan_(ChosenScanner()), block_(new char[kCarryRoom + kReadBlockSize + 1 + kScanPadding]) {}
+TemplateReader::TemplateReader(std::FILE *in, long size)
+    : in_(in),
+      scan_(ChosenScanner()),
+      blockSize_(BlockSizeFor(size)),
+      block_(new char[kCarryRoom + blockSize_ + 1 + kScanPadding]) {}
 
 // Reads the next block behind the carry room: a whole block each time, which
-// the C library reads straight into place. False when nothing was read.
+// the C library reads straight into place. False when nothing was read. A
+// short read is the file's end (or a read error, which ends it as well), so
+// no further read asks again.
 bool TemplateReader::Fill() {
     if (eof_) return false;
-    const size_t got = std::fread(block_.get() + kCarryRoom, 1, kReadBlockSize, in_);
-    if (got == 0) eof_ = true;
+    const size_t got = std::fread(block_.get() + kCarryRoom, 1, blockSize_, in_);
+    if (got < blockSize_) eof_ = true;
     pos_ = kCarryRoom;
     end_ = kCarryRoom + got;
     block_[end_] = '\0';

@@ -61,7 +61,10 @@ PlainScanner ChosenScanner();
 
 class TemplateReader {
 public:
-    explicit TemplateReader(std::FILE *in);
+    // size: the file's size when known (else 0 or below); a smaller file
+    // is read in blocks just large enough to hold it, so that a small page
+    // takes no block-sized buffer.
+    TemplateReader(std::FILE *in, long size);
     std::FILE *Stream() const { return in_; }
     // Puts the next physical line, its line feed included, at `at` in line
     // (grown to hold it) followed by a NUL. False at the end of the file.
@@ -77,6 +80,7 @@ private:
 
     std::FILE *in_;
     PlainScanner scan_;
+    size_t blockSize_;
     // kCarryRoom bytes, a block, its NUL and kScanPadding bytes; pos_ and
     // end_ count from its start.
     std::unique_ptr<char[]> block_;

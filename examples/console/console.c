@@ -105,9 +105,14 @@ static void SessionToken(struct Token *token) {
             return;
         }
     }
+    static const char kHexDigits[] = "0123456789abcdef";
     unsigned char bytes[kTokenBytes] = {0};
     if (getrandom(bytes, sizeof bytes, 0) != (ssize_t)sizeof bytes) abort();
-    for (int i = 0; i < kTokenBytes; ++i) snprintf(token->text + 2 * i, 3, "%02x", bytes[i]);
+    for (int i = 0; i < kTokenBytes; ++i) {
+        token->text[2 * i] = kHexDigits[bytes[i] >> 4];
+        token->text[2 * i + 1] = kHexDigits[bytes[i] & 15];
+    }
+    token->text[kTokenLength] = '\0';
     token->fresh = 1;
 }
 
@@ -131,9 +136,12 @@ static char *PagePath(EingabeElement *list, int count) {
         const char *current = list[index].Wert ? list[index].Wert + list[index].WertPosition : list[index].Vorgabe;
         if (current != NULL && *HTMLBasename(current) != '\0') page = HTMLBasename(current);
     }
-    const size_t size = sizeof kPageFolder + strlen(page);
-    char *path = malloc(size);
-    if (path != NULL) snprintf(path, size, "%s%s", kPageFolder, page);
+    const size_t length = strlen(page);
+    char *path = malloc(sizeof kPageFolder + length);
+    if (path != NULL) {
+        memcpy(path, kPageFolder, sizeof kPageFolder - 1);
+        memcpy(path + sizeof kPageFolder - 1, page, length + 1);
+    }
     return path;
 }
 
@@ -205,17 +213,29 @@ static void ColumnStyle(EingabeElement *list, int count) {
     SetEingabeWert(count, list, "ColumnStyle", style);
 }
 
-/* Where the library's output goes until the header is out. */
+/* Where the library's output goes until the header is out: a stream that
+ * appends to a heap text. A good request writes nothing there, and such a
+ * stream takes no buffer before its first write. */
 struct Held {
     FILE *stream;
     char *text;
     size_t size;
 };
 
+static ssize_t HoldPiece(void *cookie, const char *piece, size_t size) {
+    struct Held *held = cookie;
+    char *grown = realloc(held->text, held->size + size);
+    if (grown == NULL) return -1;
+    memcpy(grown + held->size, piece, size);
+    held->text = grown;
+    held->size += size;
+    return (ssize_t)size;
+}
+
 static void Hold(struct Held *held) {
     held->text = NULL;
     held->size = 0;
-    held->stream = open_memstream(&held->text, &held->size);
+    held->stream = fopencookie(held, "w", (cookie_io_functions_t){.write = HoldPiece});
     _Utilsfpout = held->stream != NULL ? held->stream : stdout;
 }
 
@@ -276,7 +296,9 @@ int main(int argc, char **argv) {
     Header(NULL, &token);
     if (held.text != NULL) fwrite(held.text, 1, held.size, stdout);
     free(held.text);
-    fflush(stdout);
+    /* The page goes to the same stream after the header, so a small page
+     * leaves in one write with it; the library flushes the stream itself
+     * before a program it calls writes to the page. */
     ErsetzeUndGebeHtmlDateiAus(page, NULL, iErsetzungsAnfang, iErsetzungsEnde, &count, &list);
     fflush(stdout);
     free(page);

@@ -20,7 +20,7 @@ namespace kx::input {
 namespace {
 
 // Entries the list has room for at first: a definition declares a few dozen.
-constexpr std::size_t kFirstRoom = 32;
+constexpr std::size_t kFirstRoom = 128;
 
 bool IsLineEnd(char ch) { return ch == '\r' || ch == '\n'; }
 bool IsBlankCharacter(char ch) { return ch == ' ' || ch == '\t' || IsLineEnd(ch); }
