@@ -7,6 +7,7 @@
 
 #include "companion/libparser.h"
 #include "core/evaluation.h"
+#include "template/compare.h"
 #include "core/text.h"
 #include "kx_input.h"
 #include "kx_template.h"
@@ -133,15 +134,14 @@ int ChosenValueHolds(const Alternatives &alternatives, VergleichsFunktion functi
 }
 
 struct Operands {
-    const char *type;
-    int op;
+    const Comparison &comparison;
     int cycleIndex;
     int leftValueIndex;
 };
 
 int CompareEntry(const Operands &o, const Alternatives &alternatives, EingabeElement *list, int count, int leftIndex,
                  int elementIndex) {
-    const VergleichsFunktion function = FindComparison(TypeName(o.type), o.op);
+    const VergleichsFunktion function = o.comparison.function;
     if (function == nullptr) return 0;
     EingabeElement &left = list[leftIndex];
     if (o.cycleIndex >= 0) return alternatives.AnyHolds(function, ValueCursor(left).Current());
@@ -150,29 +150,37 @@ int CompareEntry(const Operands &o, const Alternatives &alternatives, EingabeEle
     return AnyValueHolds(alternatives, function, left, otherThis ? &list[elementIndex] : nullptr);
 }
 
-int Compare(const Operands &o, const char *leftText, const char *rightText, int leftIndex, int elementIndex,
-            EingabeElement **pList, int *pCount) {
+}  // namespace
+
+Comparison ResolveComparison(const char *type, int op) {
+    const std::string_view name = TypeName(type);
+    return {op, FindComparison(name, op), IsType(name, kTypeFile), IsType(name, kTypeEmptyMatches)};
+}
+
+int Compare(const Comparison &comparison, const char *leftText, const char *rightText, int cycleIndex,
+            int leftIndex, int leftValueIndex, int elementIndex, EingabeElement **pList, int *pCount) {
     // An operator outside the table (a single "=" or "!") never holds.
-    if (o.op < 0 || o.op >= CompareTabLength) return 0;
-    const Alternatives alternatives(rightText, o.cycleIndex);
+    const int op = comparison.op;
+    if (op < 0 || op >= CompareTabLength) return 0;
+    const Alternatives alternatives(rightText, cycleIndex);
     if (alternatives.List().empty()) return 0;
-    const std::string_view type = TypeName(o.type);
-    if (IsType(type, kTypeFile)) return NumericCompareFunction[o.op](leftText, alternatives.List().front());
+    if (comparison.file) return NumericCompareFunction[op](leftText, alternatives.List().front());
 
     EingabeElement *list = pList ? *pList : nullptr;
     const int count = pCount ? *pCount : 0;
     if (list == nullptr || leftIndex < 0 || leftIndex >= count) return 0;
-    if (CompareEntry(o, alternatives, list, count, leftIndex, elementIndex) != 0) return 1;
+    const Operands operands{comparison, cycleIndex, leftValueIndex};
+    if (CompareEntry(operands, alternatives, list, count, leftIndex, elementIndex) != 0) return 1;
     // An entry without values equals an empty alternative for "_stringn".
-    return (list[leftIndex].WertGesetzt == 0 && IsType(type, kTypeEmptyMatches) && alternatives.HasEmpty()) ? 1 : 0;
+    return (list[leftIndex].WertGesetzt == 0 && comparison.emptyMatches && alternatives.HasEmpty()) ? 1 : 0;
 }
 
-}  // namespace
 }  // namespace kx::tmpl
 
 extern "C" int CompareFunction(const char *type, int op, const char *leftText, const char *rightText,
                                int cycleIndex, int leftIndex, int leftValueIndex, int elementIndex,
                                EingabeElement **pList, int *pCount) {
-    const kx::tmpl::Operands operands{type, op, cycleIndex, leftValueIndex};
-    return kx::tmpl::Compare(operands, leftText, rightText, leftIndex, elementIndex, pList, pCount);
+    const kx::tmpl::Comparison comparison = kx::tmpl::ResolveComparison(type, op);
+    return kx::tmpl::Compare(comparison, leftText, rightText, cycleIndex, leftIndex, leftValueIndex,
+                             elementIndex, pList, pCount);
 }
