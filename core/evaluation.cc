@@ -13,6 +13,9 @@ Evaluation::Evaluation(std::string_view text, int cycleIndex, const char *encode
 char *Evaluation::Release() { return changed_ ? result_.Release() : HeapCopy(operand_); }
 
 std::string Evaluated(std::string_view text, int cycleIndex, const char *encode) {
+    // MatchIt leaves a text without a "{" as it stands, unencoded: most
+    // arguments of the conversions are such texts.
+    if (text.find('{') == std::string_view::npos) return std::string(text);
     return std::string(Evaluation(text, cycleIndex, encode).Text());
 }
 
