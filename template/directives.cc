@@ -73,7 +73,10 @@ char *AfterDefine(const Invocation &inv, const Placeholder &ph) {
 void DeclareDefined(Invocation &inv, const std::string &name, const char *value) {
     const bool list = std::strchr(value, '~') != nullptr;
     AppendToEingabe(inv.pCount, inv.pList, kListDivider, name.c_str(), list ? 2 : 1, value);
-    const int index = SetEingabeWert(*inv.pCount, *inv.pList, name.c_str(), value);
+    // The page's name index finds the entry as SetEingabeWert would, without
+    // a walk over the list.
+    const int index = SetEingabeWertI(*inv.pCount, *inv.pList, inv.names.Find(*inv.pList, *inv.pCount, name),
+                                      value);
     if (!list || index >= *inv.pCount) return;
     EingabeElement &entry = (*inv.pList)[index];
     entry.WertGesetzt = ErmittleTextElemente(entry.Wert, kListDivider, nullptr, nullptr);
