@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kx_input.h"
+#include "template/control_form.h"
 
 namespace kx::tmpl {
 
@@ -36,6 +37,8 @@ struct LineForm {
     std::vector<PlainSlot> slots;
     size_t tail = 0;       // the text after the last placeholder
     size_t tailLength = 0; // its length, up to the line's end
+
+    std::vector<ControlForm> controls; // the line's inline controls, parsed at the first row
 };
 
 struct Invocation;

@@ -10,11 +10,13 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/entry.h"
 #include "core/html_escape.h"
 #include "core/text.h"
 #include "kx_template.h"
+#include "template/control_form.h"
 #include "template/cycle.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
@@ -79,6 +81,13 @@ char *Unknown(Invocation &inv, const Placeholder &ph) {
     return after;
 }
 
+// CreateValueFromControl; a control of a stored cycle line keeps its parsed
+// form beside the line, for the rows after.
+int Control(Invocation &inv, char *text, const ControlCall &call, char **owned) {
+    std::vector<ControlForm> *kept = inv.form != nullptr ? &inv.form->controls : nullptr;
+    return ControlValue(text, call, kept, static_cast<size_t>(text - inv.textStart), owned);
+}
+
 // A control may follow the placeholder ("{name}{=...}") or be the
 // placeholder ("{=_type.x==1?a:b}"). Returns the characters it adds after M.
 int RunControl(Invocation &inv, Placeholder &ph, int index, char **owned) {
@@ -88,15 +97,15 @@ int RunControl(Invocation &inv, Placeholder &ph, int index, char **owned) {
     int length = 0;
     if (next != nullptr && std::strncmp(next, start.c_str(), start.size()) == 0 &&
         next[start.size()] == '=') {
-        length = CreateValueFromControl(next, index, ControlCycleIndex(inv), inv.pCount, inv.pList,
-                                        owned, ph.valueIndex, skip, inv.endMarker.c_str(),
-                                        inv.message);
+        length = Control(inv, next, {index, ControlCycleIndex(inv), inv.pCount, inv.pList,
+                                     ph.valueIndex, skip, inv.endMarker.c_str(), inv.message},
+                         owned);
         ph.E += length;
     } else if (ph.nameLength >= 2 && StartsWith(ph.name, "=_")) {
         char *at = ph.P + (ph.doubled ? 1 : 0);
-        const int used = CreateValueFromControl(at, index, inv.CycleIndex(), inv.pCount,
-                                                inv.pList, owned, ph.valueIndex, skip,
-                                                inv.endMarker.c_str(), inv.message);
+        const int used = Control(inv, at, {index, inv.CycleIndex(), inv.pCount, inv.pList,
+                                           ph.valueIndex, skip, inv.endMarker.c_str(), inv.message},
+                                 owned);
         // A placeholder that is no control keeps its own end.
         if (used > 0) ph.E = at + used - 1;
     }
