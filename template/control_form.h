@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "convert/chain.h"
@@ -16,11 +17,18 @@
 
 namespace kx::tmpl {
 
-// A branch text and where its parts begin; -1 for a part it lacks.
+// A piece of a form's texts.
+struct TextPart {
+    size_t at = 0;
+    size_t length = 0;
+};
+
+// A branch and where its parts begin, from the branch's start; -1 for a
+// part it lacks.
 struct BranchForm {
-    // NUL-ended. ConvertIt ends an argument at its "." for a while and puts
-    // the "." back, so the text is the same after every run.
-    std::string text;
+    // ConvertIt ends an argument at its "." for a while and puts the "."
+    // back, so the text is the same after every run.
+    TextPart text;
     bool read = false;              // the parts below are found
     bool nested = false;            // a control of its own ("{=...")
     size_t name = 0;                // the name behind the conversion chain
@@ -36,16 +44,22 @@ struct ControlForm {
     // or a condition with an operator.
     enum class Shape { Refused, NoQuestion, EmptyCondition, Unreadable, Condition };
     Shape shape = Shape::Refused;
-    std::string key; // the control text up to its close, kept beside a stored line
-    size_t offset = 0; // where it begins in that line
-    int consumed = 0;  // the characters the control takes
+    // The control text up to its close, then the right operand and the two
+    // branches, each of these ended by a NUL: one block for all a row reads.
+    std::string texts;
+    size_t keyLength = 0; // the key, the start of texts kept beside a stored line; 0: none
+    size_t offset = 0;    // where the control begins in that line
+    int consumed = 0;     // the characters the control takes
 
     bool file = false;     // "_file": the left operand is a path
-    std::string left;      // braced, "_this..." or a path
+    TextPart left;         // braced, "_this..." or a path; in the control text
     Comparison comparison; // the type's and operator's
-    std::string right;     // NUL-ended for the comparison
+    TextPart right;
     BranchForm then;
     BranchForm otherwise;
+
+    std::string_view View(const TextPart &part) const { return {texts.data() + part.at, part.length}; }
+    char *At(const TextPart &part) { return texts.data() + part.at; }
 };
 
 // A new form becomes the control at text. skip: the start marker's length and the "=";

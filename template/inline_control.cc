@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -54,11 +55,11 @@ const char *ThisValue(const Control &ctl) {
 }
 
 // "?then:else" alone: the this entry's number decides, then is the default.
-const std::string &EmptyChoice(const Control &ctl, const ControlForm &form) {
+std::string_view EmptyChoice(const Control &ctl, const ControlForm &form) {
     const EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex);
-    if (entry == nullptr) return form.then.text;
+    if (entry == nullptr) return form.View(form.then.text);
     const char *text = CurrentText(*entry);
-    return ReadInt(text != nullptr ? text : "") != 0 ? form.then.text : form.otherwise.text;
+    return form.View(ReadInt(text != nullptr ? text : "") != 0 ? form.then.text : form.otherwise.text);
 }
 
 // The left operand "{X}": its entry (count when none) and value index.
@@ -110,10 +111,13 @@ private:
     int index_ = -1;
 };
 
-char *Evaluate(const Control &ctl, const std::string &branch);
+char *Evaluate(const Control &ctl, std::string_view branch);
 
 // The value of the this entry stands where a branch names "_this".
 constexpr std::string_view kThis = "_this";
+
+// A link's scheme as URL encoding leaves it, put back after "_this".
+constexpr std::string_view kEncodedJavascript = "javascript%3A";
 
 // A branch that starts so is a control of its own.
 constexpr std::string_view kNestedControl = "{=";
@@ -131,16 +135,23 @@ std::string TypeOf(const char *at, const char *end, const char **body) {
 
 // Where the conversion chain and "_this" stand in a branch's text: found
 // when the branch is first chosen, as many a branch never is.
-void ReadBranch(BranchForm &branch) {
+void ReadBranch(BranchForm &branch, const char *text) {
     branch.read = true;
-    branch.nested = branch.text.starts_with(kNestedControl);
+    branch.nested = std::string_view(text, branch.text.length).starts_with(kNestedControl);
     if (branch.nested) return;
-    convert::Conversion found = convert::FindConversion(branch.text.c_str());
+    convert::Conversion found = convert::FindConversion(text);
     branch.name = found.name;
     branch.chainStart = found.start;
-    const char *thisAt = std::strstr(branch.text.c_str() + found.name, kThis.data());
-    branch.thisAt = thisAt != nullptr ? thisAt - branch.text.data() : -1;
+    const char *thisAt = std::strstr(text + found.name, kThis.data());
+    branch.thisAt = thisAt != nullptr ? thisAt - text : -1;
     branch.chain = std::move(found.chain);
+}
+
+// part, NUL-ended, at the end of the form's texts.
+TextPart Add(ControlForm &form, std::string_view part) {
+    const TextPart added{form.texts.size(), part.size()};
+    form.texts.append(part).push_back('\0');
+    return added;
 }
 
 // "?then:else" alone: a "}" before the close is left out, and the first ":"
@@ -152,8 +163,8 @@ void ReadEmptyCondition(ControlForm &form, std::string_view body) {
         --form.consumed;
     }
     const size_t colon = body.find(':');
-    form.then.text = body.substr(1, colon == std::string_view::npos ? colon : colon - 1);
-    form.otherwise.text = colon == std::string_view::npos ? std::string_view() : body.substr(colon + 1);
+    form.then.text = Add(form, body.substr(1, colon == std::string_view::npos ? colon : colon - 1));
+    form.otherwise.text = Add(form, colon == std::string_view::npos ? std::string_view() : body.substr(colon + 1));
 }
 
 // The body splits at "?" and the ":" that pairs with it; no ":" leaves the
@@ -162,12 +173,13 @@ void ReadBranches(ControlForm &form, std::string_view body, size_t question) {
     const std::string_view rest = body.substr(question);
     const size_t colon = PairedIn(rest, '?', ':');
     const bool paired = colon != std::string_view::npos;
-    form.then.text = paired ? rest.substr(1, colon - 1) : rest.substr(1);
-    form.otherwise.text = paired ? rest.substr(colon + 1) : std::string_view();
+    form.then.text = Add(form, paired ? rest.substr(1, colon - 1) : rest.substr(1));
+    form.otherwise.text = Add(form, paired ? rest.substr(colon + 1) : std::string_view());
 }
 
 // The control's text from its type on: "left op right" before the "?".
-void ReadBody(ControlForm &form, const std::string &type, std::string_view body) {
+// text: where the control, and the form's texts, begin.
+void ReadBody(ControlForm &form, const char *text, const std::string &type, std::string_view body) {
     const size_t question = body.find('?');
     if (question == std::string_view::npos) {
         form.shape = ControlForm::Shape::NoQuestion;
@@ -181,22 +193,22 @@ void ReadBody(ControlForm &form, const std::string &type, std::string_view body)
     if (op == std::string_view::npos) return;
     const size_t opLength = op + 1 < condition.size() && condition[op + 1] == '=' ? 2 : 1;
     form.file = type == "_file";
-    form.left = condition.substr(0, op);
-    if (!form.left.starts_with("{") && !form.left.starts_with(kThis) && !form.file) return;
+    const std::string_view left = condition.substr(0, op);
+    form.left = {static_cast<size_t>(left.data() - text), left.size()};
+    if (!left.starts_with("{") && !left.starts_with(kThis) && !form.file) return;
     // An operator outside the table (a single "=" or "!") has the index -1,
     // which CompareFunction answers with false.
     form.comparison =
         ResolveComparison(type.c_str(), DetermineCompareIndex(condition.data() + op, static_cast<int>(opLength)));
-    form.right = condition.substr(op + opLength);
+    form.right = Add(form, condition.substr(op + opLength));
     form.shape = ControlForm::Shape::Condition;
     ReadBranches(form, body, question);
 }
 
 // The chosen branch: a nested control, or a name behind a conversion chain.
-char *BranchValue(const Control &ctl, BranchForm &branch) {
-    if (!branch.read) ReadBranch(branch);
-    if (branch.nested) return Evaluate(ctl, branch.text);
-    char *text = branch.text.data();
+char *BranchValue(const Control &ctl, BranchForm &branch, char *text) {
+    if (!branch.read) ReadBranch(branch, text);
+    if (branch.nested) return Evaluate(ctl, {text, branch.text.length});
     const char *name = text + branch.name;
     if (branch.chainStart < 0 && branch.thisAt < 0) {
         // No conversion and no "_this": the evaluated name is the value as
@@ -216,7 +228,8 @@ char *BranchValue(const Control &ctl, BranchForm &branch) {
         // place and the whole text is evaluated.
         std::string joined(name, static_cast<size_t>(thisAt - name));
         joined.append(converted.View()).append(afterThis);
-        return EvaluatedCopy(ReplaceAll(joined, "javascript%3A", "javascript:"), ctl.cycleIndex);
+        if (joined.find(kEncodedJavascript) == std::string::npos) return EvaluatedCopy(joined, ctl.cycleIndex);
+        return EvaluatedCopy(ReplaceAll(joined, kEncodedJavascript, "javascript:"), ctl.cycleIndex);
     }
     if (branch.chainStart <= 0) {
         // Nothing before the chain: the converted value is the result.
@@ -234,20 +247,24 @@ bool Holds(const Control &ctl, const ControlForm &form, bool *usable) {
     int leftIndex = -1;
     int leftValueIndex = -1;
     std::string fileText;
-    const bool braced = form.left.starts_with("{");
+    const std::string_view left = form.View(form.left);
+    const bool braced = left.starts_with("{");
     if (form.file) {
-        fileText = FileTest(form.left);
+        fileText = FileTest(left);
     } else if (braced) {
-        *usable = LeftEntry(ctl, form.left, &leftIndex, &leftValueIndex);
+        *usable = LeftEntry(ctl, left, &leftIndex, &leftValueIndex);
     } else {
         *usable = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex) != nullptr;
         leftIndex = ctl.elementIndex;
         leftValueIndex = ctl.valueIndex;
     }
     if (!*usable) return false;
-    if (EntryAt(ctl.pCount, ctl.pList, leftIndex) == nullptr && !form.file) return false;
-    const CyclePosition position(ctl, braced ? leftIndex : -1);
-    return Compare(form.comparison, form.file ? fileText.c_str() : nullptr, form.right.c_str(),
+    // A file test has no left entry, and the this entry was found above.
+    const bool leftEntry = braced && !form.file;
+    if (leftEntry && EntryAt(ctl.pCount, ctl.pList, leftIndex) == nullptr) return false;
+    std::optional<CyclePosition> position;
+    if (leftEntry) position.emplace(ctl, leftIndex);
+    return Compare(form.comparison, form.file ? fileText.c_str() : nullptr, form.View(form.right).data(),
                    ctl.cycleIndex, leftIndex, leftValueIndex, ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
 }
 
@@ -268,17 +285,19 @@ char *RunForm(const Control &ctl, ControlForm &form, int *consumed) {
         bool usable = true;
         const bool holds = Holds(ctl, form, &usable);
         if (!usable) return nullptr;
-        result = BranchValue(ctl, holds ? form.then : form.otherwise);
+        BranchForm &branch = holds ? form.then : form.otherwise;
+        result = BranchValue(ctl, branch, form.At(branch.text));
         break;
     }
     }
-    if (result == nullptr || std::strstr(result, "{_txt_") == nullptr) return result;
+    if (result == nullptr || std::strchr(result, '{') == nullptr || std::strstr(result, "{_txt_") == nullptr)
+        return result;
     const HeapText once(result);
     return EvaluatedCopy(once.View(), ctl.cycleIndex);
 }
 
-char *Evaluate(const Control &ctl, const std::string &branch) {
-    std::string copy = branch;
+char *Evaluate(const Control &ctl, std::string_view branch) {
+    std::string copy(branch);
     char *result = nullptr;
     CreateValueFromControl(copy.data(), ctl.elementIndex, ctl.cycleIndex, ctl.pCount, ctl.pList,
                            &result, ctl.valueIndex, ctl.skip, ctl.endMarker, ctl.message);
@@ -295,7 +314,7 @@ bool Callable(const char *text, const Control &ctl) {
 ControlForm &KeptForm(std::vector<ControlForm> &kept, size_t offset, const char *text, const Control &ctl) {
     for (ControlForm &form : kept) {
         if (form.offset != offset) continue;
-        if (form.key.empty() || std::strncmp(text, form.key.data(), form.key.size()) != 0) {
+        if (form.keyLength == 0 || std::strncmp(text, form.texts.data(), form.keyLength) != 0) {
             form = ControlForm();
             ParseControl(form, text, ctl.skip, ctl.endMarker, true);
             form.offset = offset;
@@ -318,11 +337,16 @@ void ParseControl(ControlForm &form, const char *text, int skip, const char *end
     const char *close = PairIt(text, "{", endMarker);
     const auto skipLength = static_cast<size_t>(skip);
     if (close == text || strnlen(text, skipLength) < skipLength || close < text + skip) return;
-    form.consumed = static_cast<int>(close - text) + 1;
-    if (keyed) form.key.assign(text, close + 1);
+    const auto length = static_cast<size_t>(close - text) + 1;
+    form.consumed = static_cast<int>(length);
+    // The right operand and the branches lie in the control text: the
+    // texts never need more than twice its room.
+    form.texts.reserve(2 * (length + 1));
+    form.texts.assign(text, length).push_back('\0');
+    if (keyed) form.keyLength = length;
     const char *body = nullptr;
     const std::string type = TypeOf(text + skip, close, &body);
-    ReadBody(form, type, std::string_view(body, static_cast<size_t>(close - body)));
+    ReadBody(form, text, type, std::string_view(body, static_cast<size_t>(close - body)));
 }
 
 int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *kept, size_t offset,
