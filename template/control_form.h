@@ -66,6 +66,11 @@ struct ControlForm {
 // keyed: the form keeps its text as its key.
 void ParseControl(ControlForm &form, const char *text, int skip, const char *endMarker, bool keyed);
 
+// The form kept in kept for the control at text, which begins at offset of
+// a stored line with the markers "{" and "}": the one parsed from the same
+// text before, else a new one.
+ControlForm &KeepControl(std::vector<ControlForm> &kept, size_t offset, const char *text);
+
 // The arguments of CreateValueFromControl besides the text.
 struct ControlCall {
     int elementIndex;

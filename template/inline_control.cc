@@ -311,18 +311,19 @@ bool Callable(const char *text, const Control &ctl) {
 
 // A kept form answers for text when text starts with its key: the pairing
 // of the braces, and all that is read after it, looks no further.
-ControlForm &KeptForm(std::vector<ControlForm> &kept, size_t offset, const char *text, const Control &ctl) {
+ControlForm &KeptForm(std::vector<ControlForm> &kept, size_t offset, const char *text, int skip,
+                      const char *endMarker) {
     for (ControlForm &form : kept) {
         if (form.offset != offset) continue;
         if (form.keyLength == 0 || std::strncmp(text, form.texts.data(), form.keyLength) != 0) {
             form = ControlForm();
-            ParseControl(form, text, ctl.skip, ctl.endMarker, true);
+            ParseControl(form, text, skip, endMarker, true);
             form.offset = offset;
         }
         return form;
     }
     ControlForm &form = kept.emplace_back();
-    ParseControl(form, text, ctl.skip, ctl.endMarker, true);
+    ParseControl(form, text, skip, endMarker, true);
     form.offset = offset;
     return form;
 }
@@ -333,6 +334,7 @@ bool Keepable(const char *text, const Control &ctl) {
 }
 
 }  // namespace
+
 void ParseControl(ControlForm &form, const char *text, int skip, const char *endMarker, bool keyed) {
     const char *close = PairIt(text, "{", endMarker);
     const auto skipLength = static_cast<size_t>(skip);
@@ -349,6 +351,10 @@ void ParseControl(ControlForm &form, const char *text, int skip, const char *end
     ReadBody(form, text, type, std::string_view(body, static_cast<size_t>(close - body)));
 }
 
+ControlForm &KeepControl(std::vector<ControlForm> &kept, size_t offset, const char *text) {
+    return KeptForm(kept, offset, text, 2, "}");
+}
+
 int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *kept, size_t offset,
                  char **result) {
     const ControlMode mode;
@@ -363,7 +369,7 @@ int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *
     }
     int consumed = 0;
     if (kept != nullptr && Keepable(text, ctl)) {
-        *result = RunForm(ctl, KeptForm(*kept, offset, text, ctl), &consumed);
+        *result = RunForm(ctl, KeptForm(*kept, offset, text, ctl.skip, ctl.endMarker), &consumed);
     } else {
         ControlForm form;
         ParseControl(form, text, ctl.skip, ctl.endMarker, false);

@@ -24,6 +24,7 @@ struct PlainSlot {
     int count = -1;
     const char *name = nullptr; // the entry's Name when found
     int index = -1;
+    size_t controlLength = 0;   // a control follows the placeholder: its length
 };
 
 struct LineForm {
@@ -32,7 +33,9 @@ struct LineForm {
     std::ptrdiff_t lastDefine = -1;
     std::ptrdiff_t lastIfComment = -1;
 
-    enum class Shape { Unparsed, Plain, CycleEnd, Other };
+    // Plain: text and plain placeholders; Controls: some of those
+    // placeholders are followed by a control.
+    enum class Shape { Unparsed, Plain, Controls, CycleEnd, Other };
     Shape shape = Shape::Unparsed;
     std::vector<PlainSlot> slots;
     size_t tail = 0;       // the text after the last placeholder

@@ -217,6 +217,25 @@ void WriteKnown(Invocation &inv, int index) {
     RecordEntry(inv, index);
 }
 
+size_t WriteControlled(Invocation &inv, int index, char *control) {
+    CountIterations(inv, index, -1);
+    char *owned = nullptr;
+    const int length = Control(inv, control, {index, ControlCycleIndex(inv), inv.pCount, inv.pList, -1, 2,
+                                              inv.endMarker.c_str(), inv.message},
+                               &owned);
+    if (inv.message[0] != '\0') {
+        inv.Write(inv.message);
+        inv.message[0] = '\0';
+    }
+    {
+        const CycleValue value(inv, index);
+        WritePlain(inv, owned != nullptr ? owned : KnownValue(inv, index));
+    }
+    std::free(owned);
+    RecordEntry(inv, index);
+    return static_cast<size_t>(length);
+}
+
 char *Ordinary(Invocation &inv, Placeholder &ph, char *pos) {
     WritePrefix(inv, pos, ph.P);
     const int index = inv.names.Find(*inv.pList, *inv.pCount, ph.Name());
