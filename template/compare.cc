@@ -43,11 +43,10 @@ std::string_view TypeName(const char *type) { return type != nullptr ? type : ""
 
 bool IsType(std::string_view type, std::string_view name) { return EqualsIgnoringCase(type, name); }
 
-// The comparison for type at op; null for an unknown type or operator.
-VergleichsFunktion FindComparison(std::string_view type, int op) {
-    if (op < 0 || op >= CompareTabLength) return nullptr;
+// The row of type; null for an unknown type.
+const CompareType *FindType(std::string_view type) {
     for (const CompareType &row : kCompareTypes)
-        if (IsType(type, row.name)) return row.table[op];
+        if (IsType(type, row.name)) return &row;
     return nullptr;
 }
 
@@ -173,9 +172,12 @@ int CompareEntry(const Operands &o, const Alternatives &alternatives, EingabeEle
 
 }  // namespace
 
-Comparison ResolveComparison(const char *type, int op) {
-    const std::string_view name = TypeName(type);
-    return {op, FindComparison(name, op), IsType(name, kTypeFile), IsType(name, kTypeEmptyMatches)};
+Comparison ResolveComparison(std::string_view type, int op) {
+    // The names of the rows differ, so the row found tells the type.
+    const CompareType *row = FindType(type);
+    if (row == nullptr) return {op, nullptr, false, false};
+    const bool known = op >= 0 && op < CompareTabLength;
+    return {op, known ? row->table[op] : nullptr, row->name == kTypeFile, row->name == kTypeEmptyMatches};
 }
 
 int Compare(const Comparison &comparison, const char *leftText, const char *rightText, int cycleIndex,
@@ -201,7 +203,7 @@ int Compare(const Comparison &comparison, const char *leftText, const char *righ
 extern "C" int CompareFunction(const char *type, int op, const char *leftText, const char *rightText,
                                int cycleIndex, int leftIndex, int leftValueIndex, int elementIndex,
                                EingabeElement **pList, int *pCount) {
-    const kx::tmpl::Comparison comparison = kx::tmpl::ResolveComparison(type, op);
+    const kx::tmpl::Comparison comparison = kx::tmpl::ResolveComparison(kx::tmpl::TypeName(type), op);
     return kx::tmpl::Compare(comparison, leftText, rightText, cycleIndex, leftIndex, leftValueIndex,
                              elementIndex, pList, pCount);
 }

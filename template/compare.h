@@ -4,6 +4,8 @@
 #ifndef KX_TEMPLATE_COMPARE_H
 #define KX_TEMPLATE_COMPARE_H
 
+#include <string_view>
+
 #include "kx_input.h"
 #include "kx_template.h"
 
@@ -16,8 +18,8 @@ struct Comparison {
     bool emptyMatches = false;            // "_stringn": no values equal an empty alternative
 };
 
-// The comparison CompareFunction makes for type (null: none) and op.
-Comparison ResolveComparison(const char *type, int op);
+// The comparison CompareFunction makes for type and op.
+Comparison ResolveComparison(std::string_view type, int op);
 
 // CompareFunction with its type and operator resolved.
 int Compare(const Comparison &comparison, const char *leftText, const char *rightText, int cycleIndex,

@@ -122,15 +122,17 @@ constexpr std::string_view kEncodedJavascript = "javascript%3A";
 // A branch that starts so is a control of its own.
 constexpr std::string_view kNestedControl = "{=";
 
-// "_type." right after "=": a word between "_" and the first ".".
-std::string TypeOf(const char *at, const char *end, const char **body) {
+// "_type." right after "=": a word between "_" and the first ".". The
+// locale's letters count, as the engine has always read the word.
+std::string_view TypeOf(const char *at, const char *end, const char **body) {
+    constexpr std::string_view kDefaultType = "_string";
     *body = at;
-    if (*at != '_') return "_string";
+    if (*at != '_') return kDefaultType;
     const char *c = at + 1;
     while (c < end && (std::isalnum(static_cast<unsigned char>(*c)) || *c == '_')) ++c;
-    if (c >= end || *c != '.') return "_string";
+    if (c >= end || *c != '.') return kDefaultType;
     *body = c + 1;
-    return std::string(at, c);
+    return {at, static_cast<size_t>(c - at)};
 }
 
 // Where the conversion chain and "_this" stand in a branch's text: found
@@ -179,7 +181,7 @@ void ReadBranches(ControlForm &form, std::string_view body, size_t question) {
 
 // The control's text from its type on: "left op right" before the "?".
 // text: where the control, and the form's texts, begin.
-void ReadBody(ControlForm &form, const char *text, const std::string &type, std::string_view body) {
+void ReadBody(ControlForm &form, const char *text, std::string_view type, std::string_view body) {
     const size_t question = body.find('?');
     if (question == std::string_view::npos) {
         form.shape = ControlForm::Shape::NoQuestion;
@@ -199,7 +201,7 @@ void ReadBody(ControlForm &form, const char *text, const std::string &type, std:
     // An operator outside the table (a single "=" or "!") has the index -1,
     // which CompareFunction answers with false.
     form.comparison =
-        ResolveComparison(type.c_str(), DetermineCompareIndex(condition.data() + op, static_cast<int>(opLength)));
+        ResolveComparison(type, DetermineCompareIndex(condition.data() + op, static_cast<int>(opLength)));
     form.right = Add(form, condition.substr(op + opLength));
     form.shape = ControlForm::Shape::Condition;
     ReadBranches(form, body, question);
@@ -347,7 +349,7 @@ void ParseControl(ControlForm &form, const char *text, int skip, const char *end
     form.texts.assign(text, length).push_back('\0');
     if (keyed) form.keyLength = length;
     const char *body = nullptr;
-    const std::string type = TypeOf(text + skip, close, &body);
+    const std::string_view type = TypeOf(text + skip, close, &body);
     ReadBody(form, text, type, std::string_view(body, static_cast<size_t>(close - body)));
 }
 
