@@ -6,10 +6,15 @@
 
 namespace kx::core {
 
-Evaluation::Evaluation(std::string_view text, int cycleIndex, const char *encode)
-    : Evaluation(std::string(text), cycleIndex, encode) {}
+Evaluation::Evaluation(std::string_view text, int cycleIndex, const char *encode) : operand_(text) {
+    Run(cycleIndex, encode);
+}
 
 Evaluation::Evaluation(std::string &&text, int cycleIndex, const char *encode) : operand_(std::move(text)) {
+    Run(cycleIndex, encode);
+}
+
+void Evaluation::Run(int cycleIndex, const char *encode) {
     char *result = MatchIt(operand_.c_str(), "{", cycleIndex, encode);
     changed_ = result != operand_.c_str();
     if (changed_) result_.Reset(result);
@@ -18,9 +23,6 @@ Evaluation::Evaluation(std::string &&text, int cycleIndex, const char *encode) :
 char *Evaluation::Release() { return changed_ ? result_.Release() : HeapCopy(operand_); }
 
 std::string Evaluated(std::string_view text, int cycleIndex, const char *encode) {
-    // MatchIt leaves a text without a "{" as it stands, unencoded: most
-    // arguments of the conversions are such texts.
-    if (text.find('{') == std::string_view::npos) return std::string(text);
     return std::string(Evaluation(text, cycleIndex, encode).Text());
 }
 

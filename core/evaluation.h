@@ -39,6 +39,8 @@ public:
     char *Release();
 
 private:
+    void Run(int cycleIndex, const char *encode);
+
     std::string operand_;
     HeapText result_;
     bool changed_ = false;
