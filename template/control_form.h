@@ -62,10 +62,6 @@ struct ControlForm {
     char *At(const TextPart &part) { return texts.data() + part.at; }
 };
 
-// A new form becomes the control at text. skip: the start marker's length and the "=";
-// keyed: the form keeps its text as its key.
-void ParseControl(ControlForm &form, const char *text, int skip, const char *endMarker, bool keyed);
-
 // The form kept in kept for the control at text, which begins at offset of
 // a stored line with the markers "{" and "}": the one parsed from the same
 // text before, else a new one.
@@ -88,6 +84,11 @@ struct ControlCall {
 // stands, else the text is parsed and its form kept (kept may be null).
 int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *kept, size_t offset,
                  char **result);
+
+// The same with the form kept for a control of a stored cycle line: the
+// line's text is the text the form was parsed from, as for the line's other
+// pieces, so no key is compared.
+int ControlValue(char *text, const ControlCall &call, ControlForm &form, char **result);
 
 }  // namespace kx::tmpl
 

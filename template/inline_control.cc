@@ -298,6 +298,24 @@ char *RunForm(const Control &ctl, ControlForm &form, int *consumed) {
     return EvaluatedCopy(once.View(), ctl.cycleIndex);
 }
 
+// A new form becomes the control at text. skip: the start marker's length
+// and the "="; keyed: the form keeps its text as its key.
+void ParseControl(ControlForm &form, const char *text, int skip, const char *endMarker, bool keyed) {
+    const char *close = PairIt(text, "{", endMarker);
+    const auto skipLength = static_cast<size_t>(skip);
+    if (close == text || strnlen(text, skipLength) < skipLength || close < text + skip) return;
+    const auto length = static_cast<size_t>(close - text) + 1;
+    form.consumed = static_cast<int>(length);
+    // The right operand and the branches lie in the control text: the
+    // texts never need more than twice its room.
+    form.texts.reserve(2 * (length + 1));
+    form.texts.assign(text, length).push_back('\0');
+    if (keyed) form.keyLength = length;
+    const char *body = nullptr;
+    const std::string_view type = TypeOf(text + skip, close, &body);
+    ReadBody(form, text, type, std::string_view(body, static_cast<size_t>(close - body)));
+}
+
 char *Evaluate(const Control &ctl, std::string_view branch) {
     std::string copy(branch);
     char *result = nullptr;
@@ -330,35 +348,11 @@ ControlForm &KeptForm(std::vector<ControlForm> &kept, size_t offset, const char 
     return form;
 }
 
-// With the markers "{" and "}" the pairing starts at the text's own "{".
-bool Keepable(const char *text, const Control &ctl) {
-    return text[0] == '{' && ctl.skip == 2 && ctl.endMarker[0] == '}' && ctl.endMarker[1] == '\0';
-}
-
-}  // namespace
-
-void ParseControl(ControlForm &form, const char *text, int skip, const char *endMarker, bool keyed) {
-    const char *close = PairIt(text, "{", endMarker);
-    const auto skipLength = static_cast<size_t>(skip);
-    if (close == text || strnlen(text, skipLength) < skipLength || close < text + skip) return;
-    const auto length = static_cast<size_t>(close - text) + 1;
-    form.consumed = static_cast<int>(length);
-    // The right operand and the branches lie in the control text: the
-    // texts never need more than twice its room.
-    form.texts.reserve(2 * (length + 1));
-    form.texts.assign(text, length).push_back('\0');
-    if (keyed) form.keyLength = length;
-    const char *body = nullptr;
-    const std::string_view type = TypeOf(text + skip, close, &body);
-    ReadBody(form, text, type, std::string_view(body, static_cast<size_t>(close - body)));
-}
-
-ControlForm &KeepControl(std::vector<ControlForm> &kept, size_t offset, const char *text) {
-    return KeptForm(kept, offset, text, 2, "}");
-}
-
-int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *kept, size_t offset,
-                 char **result) {
+// What every call of a control passes through: the control flag, the
+// nesting bound, the checks of the arguments and a message buffer of its
+// own when none is given. run yields the result and sets the length taken.
+template <typename Run>
+int Guarded(char *text, const ControlCall &call, char **result, Run run) {
     const ControlMode mode;
     *result = nullptr;
     const NestingGuard nesting;
@@ -370,14 +364,35 @@ int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *
         ctl.message = spare;
     }
     int consumed = 0;
-    if (kept != nullptr && Keepable(text, ctl)) {
-        *result = RunForm(ctl, KeptForm(*kept, offset, text, ctl.skip, ctl.endMarker), &consumed);
-    } else {
+    *result = run(static_cast<const Control &>(ctl), &consumed);
+    return consumed;
+}
+
+// With the markers "{" and "}" the pairing starts at the text's own "{".
+bool Keepable(const char *text, const Control &ctl) {
+    return text[0] == '{' && ctl.skip == 2 && ctl.endMarker[0] == '}' && ctl.endMarker[1] == '\0';
+}
+
+}  // namespace
+
+ControlForm &KeepControl(std::vector<ControlForm> &kept, size_t offset, const char *text) {
+    return KeptForm(kept, offset, text, 2, "}");
+}
+
+int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *kept, size_t offset,
+                 char **result) {
+    return Guarded(text, call, result, [&](const Control &ctl, int *consumed) {
+        if (kept != nullptr && Keepable(text, ctl))
+            return RunForm(ctl, KeptForm(*kept, offset, text, ctl.skip, ctl.endMarker), consumed);
         ControlForm form;
         ParseControl(form, text, ctl.skip, ctl.endMarker, false);
-        *result = RunForm(ctl, form, &consumed);
-    }
-    return consumed;
+        return RunForm(ctl, form, consumed);
+    });
+}
+
+int ControlValue(char *text, const ControlCall &call, ControlForm &form, char **result) {
+    return Guarded(text, call, result,
+                   [&form](const Control &ctl, int *consumed) { return RunForm(ctl, form, consumed); });
 }
 
 }  // namespace kx::tmpl

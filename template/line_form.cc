@@ -1,6 +1,7 @@
 // Replaying a stored cycle line from its parsed form: each row writes the
-// text runs and the values of the entries found at the first row, with none
-// of the searches a line otherwise takes, and a line whose first placeholder
+// text runs and the values of the entries found at the first row (and runs
+// the controls parsed then), with none of the searches a line otherwise
+// takes, and a line whose first placeholder
 // is the closing /CYCLE ends the iteration at once. Any line or row the form
 // does not cover goes the general way.
 #include "template/line_form.h"
@@ -65,6 +66,7 @@ bool ControlAt(LineForm &form, const char *text, const char *start, PlainSlot *s
     if (end == nullptr || end[1] != '{' || end[2] != '=' || DirectiveLikeName(start + 1)) return false;
     const char *control = end + 1;
     const ControlForm &kept = KeepControl(form.controls, static_cast<size_t>(control - text), control);
+    slot->control = static_cast<size_t>(&kept - form.controls.data());
     const auto length = static_cast<size_t>(kept.consumed);
     if (length == 0 || ImageName(control + length)) return false;
     slot->nameLength = static_cast<size_t>(end - start - 1);
@@ -116,7 +118,7 @@ bool ReplayControls(Invocation &inv, LineForm &form, char **next) {
             continue;
         }
         char *control = text + slot.start + slot.nameLength + 2;
-        const size_t length = WriteControlled(inv, slot.index, control);
+        const size_t length = WriteControlled(inv, slot.index, control, form.controls[slot.control]);
         if (length != slot.controlLength) {
             *next = control + length;
             return true;

@@ -1,7 +1,8 @@
 // The parsed form of a stored cycle line, made at its first replay and
 // reused by every later row: where its last "DEFINE" and IF comment begin;
-// for a line of text and plain placeholders only, its pieces; whether it is
-// the line of the body's closing /CYCLE.
+// for a line of text and plain placeholders only (some of them followed by
+// a control), its pieces; whether it is the line of the body's closing
+// /CYCLE; and the forms of its inline controls.
 #ifndef KX_TEMPLATE_LINE_FORM_H
 #define KX_TEMPLATE_LINE_FORM_H
 
@@ -25,6 +26,7 @@ struct PlainSlot {
     const char *name = nullptr; // the entry's Name when found
     int index = -1;
     size_t controlLength = 0;   // a control follows the placeholder: its length
+    size_t control = 0;         // and its form in LineForm::controls
 };
 
 struct LineForm {

@@ -217,12 +217,12 @@ void WriteKnown(Invocation &inv, int index) {
     RecordEntry(inv, index);
 }
 
-size_t WriteControlled(Invocation &inv, int index, char *control) {
+size_t WriteControlled(Invocation &inv, int index, char *control, ControlForm &form) {
     CountIterations(inv, index, -1);
     char *owned = nullptr;
-    const int length = Control(inv, control, {index, ControlCycleIndex(inv), inv.pCount, inv.pList, -1, 2,
+    const int length = ControlValue(control, {index, ControlCycleIndex(inv), inv.pCount, inv.pList, -1, 2,
                                               inv.endMarker.c_str(), inv.message},
-                               &owned);
+                                    form, &owned);
     if (inv.message[0] != '\0') {
         inv.Write(inv.message);
         inv.message[0] = '\0';
