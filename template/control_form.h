@@ -18,18 +18,18 @@
 namespace kx::tmpl {
 
 // A piece of a form's texts.
-struct TextPart {
+struct TextSpan {
     size_t at = 0;
     size_t length = 0;
 };
 
-// A branch and where its parts begin, from the branch's start; -1 for a
-// part it lacks.
+// A branch and where its pieces begin, from the branch's start; -1 for a
+// piece it lacks.
 struct BranchForm {
     // ConvertIt ends an argument at its "." for a while and puts the "."
     // back, so the text is the same after every run.
-    TextPart text;
-    bool read = false;              // the parts below are found
+    TextSpan text;
+    bool read = false;              // the pieces below are found
     bool nested = false;            // a control of its own ("{=...")
     size_t name = 0;                // the name behind the conversion chain
     std::ptrdiff_t chainStart = -1; // the "_" that starts the chain (or "_this")
@@ -52,14 +52,14 @@ struct ControlForm {
     int consumed = 0;     // the characters the control takes
 
     bool file = false;     // "_file": the left operand is a path
-    TextPart left;         // braced, "_this..." or a path; in the control text
+    TextSpan left;         // braced, "_this..." or a path; in the control text
     Comparison comparison; // the type's and operator's
-    TextPart right;
+    TextSpan right;
     BranchForm then;
     BranchForm otherwise;
 
-    std::string_view View(const TextPart &part) const { return {texts.data() + part.at, part.length}; }
-    char *At(const TextPart &part) { return texts.data() + part.at; }
+    std::string_view View(const TextSpan &span) const { return {texts.data() + span.at, span.length}; }
+    char *At(const TextSpan &span) { return texts.data() + span.at; }
 };
 
 // The form kept in kept for the control at text, which begins at offset of

@@ -149,10 +149,10 @@ void ReadBranch(BranchForm &branch, const char *text) {
     branch.chain = std::move(found.chain);
 }
 
-// part, NUL-ended, at the end of the form's texts.
-TextPart Add(ControlForm &form, std::string_view part) {
-    const TextPart added{form.texts.size(), part.size()};
-    form.texts.append(part).push_back('\0');
+// piece, NUL-ended, at the end of the form's texts.
+TextSpan Add(ControlForm &form, std::string_view piece) {
+    const TextSpan added{form.texts.size(), piece.size()};
+    form.texts.append(piece).push_back('\0');
     return added;
 }
 
