@@ -1,5 +1,7 @@
 // CreateValueFromControl: an inline control {=[_type.]condition?then:else}
-// chooses a branch text, which is converted and evaluated.
+// chooses a branch text, which is converted and evaluated. The text is read
+// into a form first; the engine keeps the forms of a stored cycle line's
+// controls for all its rows, every other call reads its text anew.
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
@@ -9,7 +11,6 @@
 #include <utility>
 
 #include "companion/libKXUtils.h"
-#include "kx_convert.h"
 #include "kx_template.h"
 #include "core/entry.h"
 #include "core/evaluation.h"
