@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "convert/chain.h"
 #include "convert/convert_internal.h"
 #include "core/text.h"
 #include "kx_convert.h"
@@ -46,7 +47,7 @@ const KonvertierungsEintrag *MatchRow(const char *position) {
     return nullptr;
 }
 
-// One conversion of a chain: its row, its argument and the "." ending it.
+// One conversion of a chain as pointers into the text it is found in.
 struct Link {
     const KonvertierungsEintrag *row;
     char *argument;
@@ -68,50 +69,39 @@ bool Below(const char *position, const char *end) {
     return reinterpret_cast<std::uintptr_t>(position) < reinterpret_cast<std::uintptr_t>(end);
 }
 
-// The links of a chain in text order. A page's chains hold a link or two:
-// those stay in the holder, longer chains go on in a vector.
-class Chain {
-public:
-    void Add(const Link &link) {
-        if (count_ < first_.size())
-            first_[count_] = link;
-        else
-            more_.push_back(link);
-        ++count_;
-    }
-    std::size_t Size() const { return count_; }
-    const Link &At(std::size_t i) const { return i < first_.size() ? first_[i] : more_[i - first_.size()]; }
-
-private:
-    static constexpr std::size_t kHeld = 4;
-    std::array<Link, kHeld> first_{};
-    std::vector<Link> more_;
-    std::size_t count_ = 0;
-};
-
-// The links of the chain at start, the one nearest the name last. Every
-// link's "." lies before the name, which follows the text's last ".".
-Chain CollectChain(char *start, const char *end) {
+// The links of the chain whose first link is given, the one nearest the
+// name last. Every link's "." lies before the name, which follows the text's
+// last ".".
+Chain ChainFrom(char *text, Link link) {
     Chain chain;
-    Link link;
-    const char *limit = end;
-    while (Below(start, limit) && FindLink(start, link)) {
-        chain.Add(link);
-        if (chain.Size() == 1) limit = std::strrchr(link.dot, '.') + 1;
-        start = link.dot + 1;
+    const char *limit = std::strrchr(link.dot, '.') + 1;
+    for (;;) {
+        chain.Add({link.row, static_cast<std::size_t>(link.argument - text),
+                   static_cast<std::size_t>(link.dot - text)});
+        char *start = link.dot + 1;
+        if (!Below(start, limit) || !FindLink(start, link)) return chain;
     }
-    return chain;
+}
+
+// The links of the chain at start, bounded by end.
+Chain CollectChain(char *start, const char *end) {
+    Link link;
+    if (!Below(start, end) || !FindLink(start, link)) return {};
+    return ChainFrom(start, link);
 }
 
 // Calls one handler with its argument cut at the ".".
-char *Apply(const Link &link, char *value, int cycleIndex) {
-    *link.dot = '\0';
-    char *result = link.row->handler(link.argument, value, cycleIndex);
-    *link.dot = '.';
+char *Apply(const ChainLink &link, char *text, char *value, int cycleIndex) {
+    char *dot = text + link.dot;
+    *dot = '\0';
+    char *result = link.row->handler(text + link.argument, value, cycleIndex);
+    *dot = '.';
     return result;
 }
 
-char *Determine(char *text, char **conversionStart) {
+// DetermineConversion; *first becomes the chain's first link when the name
+// follows one.
+char *Determine(char *text, char **conversionStart, Link *first = nullptr) {
     char *start = nullptr;
     char *name = text;
     if (char *underscore = std::strchr(text, '_'); underscore != nullptr) {
@@ -119,6 +109,7 @@ char *Determine(char *text, char **conversionStart) {
         if (FindLink(underscore, link)) {
             start = underscore;
             name = std::strrchr(link.dot, '.') + 1;
+            if (first != nullptr) *first = link;
         } else if (MatchRow(underscore) == nullptr && std::strncmp(underscore, "_this", 5) == 0) {
             start = underscore;
         }
@@ -127,12 +118,28 @@ char *Determine(char *text, char **conversionStart) {
     return name;
 }
 
-char *Convert(char *start, const char *end, char *value, bool freeValue, int cycleIndex) {
-    const Chain chain = CollectChain(start, end);
+}  // namespace
+
+Conversion FindConversion(const char *text) {
+    // Finding reads the text only.
+    char *start = const_cast<char *>(text);
+    char *chainStart = nullptr;
+    Link first{};
+    const char *name = Determine(start, &chainStart, &first);
+    Conversion found;
+    found.name = static_cast<std::size_t>(name - text);
+    found.start = chainStart != nullptr ? chainStart - text : -1;
+    // The name follows a link exactly when one was found, the link the
+    // chain starts with: ConvertIt finds the same from the text's start.
+    if (name != text) found.chain = ChainFrom(start, first);
+    return found;
+}
+
+char *ApplyChain(const Chain &chain, char *text, char *value, bool freeValue, int cycleIndex) {
     if (chain.Size() == 0) return value;
     char *current = value;
     for (std::size_t i = chain.Size(); i-- > 0;) {
-        char *result = Apply(chain.At(i), current, cycleIndex);
+        char *result = Apply(chain.At(i), text, current, cycleIndex);
         if (current != value && current != nullptr && current != result) std::free(current);
         current = result;
     }
@@ -140,7 +147,6 @@ char *Convert(char *start, const char *end, char *value, bool freeValue, int cyc
     return current;
 }
 
-}  // namespace
 }  // namespace kx::convert
 
 extern "C" {
@@ -155,7 +161,8 @@ char *DetermineConversion(char *text, char **conversionStart) {
 
 char *ConvertIt(char *start, const char *end, char *value, int freeValue, int cycleIndex) {
     if (start == nullptr) return value;
-    return kx::convert::Convert(start, end, value, freeValue != 0, cycleIndex);
+    return kx::convert::ApplyChain(kx::convert::CollectChain(start, end), start, value, freeValue != 0,
+                                   cycleIndex);
 }
 
 }  // extern "C"

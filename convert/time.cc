@@ -1,5 +1,6 @@
 // Conversions of times: epoch seconds, time ticks, CPU time and hexadecimal
 // dates into display text.
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -7,6 +8,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <string>
+#include <system_error>
+#include <string_view>
 
 #include "convert/convert_internal.h"
 #include "kx_convert.h"
@@ -56,29 +59,52 @@ uint32_t ReadUnsigned(std::string_view text) {
     return static_cast<uint32_t>(negative ? 0U - number : number);
 }
 
-// number as "%02d" prints it, followed by after (when not NUL): a page of
-// dates and uptimes formats a few numbers per row, which snprintf's parsing
-// of its format would cost several times over.
-void AppendPadded(std::string &out, int number, char after = '\0') {
-    if (number >= 0 && number <= 9) out.push_back('0');
-    char digits[16];
-    const auto printed = std::to_chars(digits, digits + sizeof digits, number);
-    out.append(digits, printed.ptr);
-    if (after != '\0') out.push_back(after);
-}
+// A date or an uptime, built in place: a page of dates and uptimes formats
+// a few numbers per row, which snprintf's parsing of its format, or a string
+// growing past its inner buffer, would cost several times over. The longest
+// text (six numbers of 32 bits, each with a sign and a separator) fits.
+class ShortText {
+public:
+    // number as "%d" prints it.
+    void Number(int number) {
+        const auto printed = std::to_chars(text_ + size_, text_ + kCapacity, number);
+        if (printed.ec == std::errc()) size_ = static_cast<std::size_t>(printed.ptr - text_);
+    }
+    // number as "%02d" prints it, followed by after (when not NUL).
+    void Padded(int number, char after = '\0') {
+        if (number >= 0 && number <= 9) Put('0');
+        Number(number);
+        if (after != '\0') Put(after);
+    }
+    void Append(std::string_view piece) {
+        const std::size_t n = std::min(piece.size(), kCapacity - size_);
+        piece.copy(text_ + size_, n);
+        size_ += n;
+    }
+    // A new heap text (NULL when memory runs out).
+    char *Copy() const { return HeapCopy({text_, size_}); }
+
+private:
+    static constexpr std::size_t kCapacity = 96;
+    void Put(char c) {
+        if (size_ < kCapacity) text_[size_++] = c;
+    }
+    char text_[kCapacity];
+    std::size_t size_ = 0;
+};
 
 // "%02d/%02d/%02d %02d:%02d:%02d" of a broken-down time; a year after 1999
 // prints as its years since 2000.
 char *PrintDate(const std::tm &broken) {
     const int year = broken.tm_year <= 99 ? broken.tm_year : broken.tm_year - 100;
-    std::string date;
-    AppendPadded(date, broken.tm_mon + 1, '/');
-    AppendPadded(date, broken.tm_mday, '/');
-    AppendPadded(date, year, ' ');
-    AppendPadded(date, broken.tm_hour, ':');
-    AppendPadded(date, broken.tm_min, ':');
-    AppendPadded(date, broken.tm_sec);
-    return HeapCopy(date);
+    ShortText date;
+    date.Padded(broken.tm_mon + 1, '/');
+    date.Padded(broken.tm_mday, '/');
+    date.Padded(year, ' ');
+    date.Padded(broken.tm_hour, ':');
+    date.Padded(broken.tm_min, ':');
+    date.Padded(broken.tm_sec);
+    return date.Copy();
 }
 
 // The fields of UTC time that PrintDate shows, from the calendar alone:
@@ -126,12 +152,13 @@ char *UpTime(const char *value) {
     const int32_t seconds = ReadInt(ValueText(value)) / 100;
     const int32_t days = seconds / 86400;
     // "%d day%s, %02d:%02d:%02d"
-    std::string text = std::to_string(days);
-    text.append(days == 1 ? " day, " : " days, ");
-    AppendPadded(text, seconds % 86400 / 3600, ':');
-    AppendPadded(text, seconds % 3600 / 60, ':');
-    AppendPadded(text, seconds % 60);
-    return HeapCopy(text);
+    ShortText text;
+    text.Number(days);
+    text.Append(days == 1 ? " day, " : " days, ");
+    text.Padded(seconds % 86400 / 3600, ':');
+    text.Padded(seconds % 3600 / 60, ':');
+    text.Padded(seconds % 60);
+    return text.Copy();
 }
 
 char *CpuTime(const char *value) {

@@ -18,6 +18,10 @@ class Evaluation {
 public:
     // encode: characters to percent-encode in the result (nullptr: none).
     Evaluation(std::string_view text, int cycleIndex, const char *encode = nullptr);
+    Evaluation(const char *text, int cycleIndex, const char *encode = nullptr)
+        : Evaluation(std::string_view(text), cycleIndex, encode) {}
+    // The same over a text the caller gives up, which needs no copy.
+    Evaluation(std::string &&text, int cycleIndex, const char *encode = nullptr);
 
     // True when MatchIt replaced something (or ran out of memory).
     bool Changed() const { return changed_; }
@@ -35,6 +39,8 @@ public:
     char *Release();
 
 private:
+    void Run(int cycleIndex, const char *encode);
+
     std::string operand_;
     HeapText result_;
     bool changed_ = false;

@@ -7,6 +7,7 @@
 
 #include "companion/libparser.h"
 #include "core/evaluation.h"
+#include "template/compare.h"
 #include "core/text.h"
 #include "kx_input.h"
 #include "kx_template.h"
@@ -42,22 +43,29 @@ std::string_view TypeName(const char *type) { return type != nullptr ? type : ""
 
 bool IsType(std::string_view type, std::string_view name) { return EqualsIgnoringCase(type, name); }
 
-// The comparison for type at op; null for an unknown type or operator.
-VergleichsFunktion FindComparison(std::string_view type, int op) {
-    if (op < 0 || op >= CompareTabLength) return nullptr;
+// The row of type; null for an unknown type.
+const CompareType *FindType(std::string_view type) {
     for (const CompareType &row : kCompareTypes)
-        if (IsType(type, row.name)) return row.table[op];
+        if (IsType(type, row.name)) return &row;
     return nullptr;
 }
 
 // The right text with its placeholders evaluated, or URL-decoded when it
 // holds none. Owns the heap text.
 class Alternatives {
+    // No placeholder, escape or separator. A right text is a word or a
+    // number: a loop reads it in fewer steps than strpbrk sets up its table.
+    static bool Single(const char *text) {
+        for (const char *c = text; *c != '\0'; ++c)
+            if (*c == '{' || *c == '%' || *c == '|') return false;
+        return true;
+    }
+
 public:
     Alternatives(const char *rightText, int cycleIndex) {
         // A text with no placeholder, escape or separator is its one
         // alternative, as it stands.
-        if (rightText != nullptr && std::strpbrk(rightText, "{%|") == nullptr) {
+        if (rightText != nullptr && Single(rightText)) {
             single_ = rightText;
             return;
         }
@@ -132,47 +140,70 @@ int ChosenValueHolds(const Alternatives &alternatives, VergleichsFunktion functi
     return alternatives.AnyHolds(function, cursor.Current());
 }
 
+// ValueCursor(entry).Current() without counting every value: only whether
+// WertPosition lies inside the values matters, which the values up to it tell.
+const char *CurrentValue(const EingabeElement &entry) {
+    if (entry.Wert == nullptr || entry.WertPosition < 0) return nullptr;
+    const auto position = static_cast<size_t>(entry.WertPosition);
+    size_t end = 0;
+    for (int i = 0; i < entry.WertGesetzt; ++i) {
+        end += std::strlen(entry.Wert + end) + 1;
+        if (position < end) return entry.Wert + position;
+    }
+    return nullptr;
+}
+
 struct Operands {
-    const char *type;
-    int op;
+    const Comparison &comparison;
     int cycleIndex;
     int leftValueIndex;
 };
 
 int CompareEntry(const Operands &o, const Alternatives &alternatives, EingabeElement *list, int count, int leftIndex,
                  int elementIndex) {
-    const VergleichsFunktion function = FindComparison(TypeName(o.type), o.op);
+    const VergleichsFunktion function = o.comparison.function;
     if (function == nullptr) return 0;
     EingabeElement &left = list[leftIndex];
-    if (o.cycleIndex >= 0) return alternatives.AnyHolds(function, ValueCursor(left).Current());
+    if (o.cycleIndex >= 0) return alternatives.AnyHolds(function, CurrentValue(left));
     if (o.leftValueIndex >= 0) return ChosenValueHolds(alternatives, function, left, o.leftValueIndex);
     const bool otherThis = elementIndex != leftIndex && elementIndex >= 0 && elementIndex < count;
     return AnyValueHolds(alternatives, function, left, otherThis ? &list[elementIndex] : nullptr);
 }
 
-int Compare(const Operands &o, const char *leftText, const char *rightText, int leftIndex, int elementIndex,
-            EingabeElement **pList, int *pCount) {
+}  // namespace
+
+Comparison ResolveComparison(std::string_view type, int op) {
+    // The names of the rows differ, so the row found tells the type.
+    const CompareType *row = FindType(type);
+    if (row == nullptr) return {op, nullptr, false, false};
+    const bool known = op >= 0 && op < CompareTabLength;
+    return {op, known ? row->table[op] : nullptr, row->name == kTypeFile, row->name == kTypeEmptyMatches};
+}
+
+int Compare(const Comparison &comparison, const char *leftText, const char *rightText, int cycleIndex,
+            int leftIndex, int leftValueIndex, int elementIndex, EingabeElement **pList, int *pCount) {
     // An operator outside the table (a single "=" or "!") never holds.
-    if (o.op < 0 || o.op >= CompareTabLength) return 0;
-    const Alternatives alternatives(rightText, o.cycleIndex);
+    const int op = comparison.op;
+    if (op < 0 || op >= CompareTabLength) return 0;
+    const Alternatives alternatives(rightText, cycleIndex);
     if (alternatives.List().empty()) return 0;
-    const std::string_view type = TypeName(o.type);
-    if (IsType(type, kTypeFile)) return NumericCompareFunction[o.op](leftText, alternatives.List().front());
+    if (comparison.file) return NumericCompareFunction[op](leftText, alternatives.List().front());
 
     EingabeElement *list = pList ? *pList : nullptr;
     const int count = pCount ? *pCount : 0;
     if (list == nullptr || leftIndex < 0 || leftIndex >= count) return 0;
-    if (CompareEntry(o, alternatives, list, count, leftIndex, elementIndex) != 0) return 1;
+    const Operands operands{comparison, cycleIndex, leftValueIndex};
+    if (CompareEntry(operands, alternatives, list, count, leftIndex, elementIndex) != 0) return 1;
     // An entry without values equals an empty alternative for "_stringn".
-    return (list[leftIndex].WertGesetzt == 0 && IsType(type, kTypeEmptyMatches) && alternatives.HasEmpty()) ? 1 : 0;
+    return (list[leftIndex].WertGesetzt == 0 && comparison.emptyMatches && alternatives.HasEmpty()) ? 1 : 0;
 }
 
-}  // namespace
 }  // namespace kx::tmpl
 
 extern "C" int CompareFunction(const char *type, int op, const char *leftText, const char *rightText,
                                int cycleIndex, int leftIndex, int leftValueIndex, int elementIndex,
                                EingabeElement **pList, int *pCount) {
-    const kx::tmpl::Operands operands{type, op, cycleIndex, leftValueIndex};
-    return kx::tmpl::Compare(operands, leftText, rightText, leftIndex, elementIndex, pList, pCount);
+    const kx::tmpl::Comparison comparison = kx::tmpl::ResolveComparison(kx::tmpl::TypeName(type), op);
+    return kx::tmpl::Compare(comparison, leftText, rightText, cycleIndex, leftIndex, leftValueIndex,
+                             elementIndex, pList, pCount);
 }

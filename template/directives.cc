@@ -33,6 +33,19 @@ static_assert(kEqualOperator.size() == kPrefixOperator.size());
 constexpr std::string_view kIfWord = "IF";
 constexpr std::string_view kDefineWord = "DEFINE";
 
+// holds on the pieces of text between occurrences of separator (not empty),
+// in order, until one holds; the pieces Split would give, without a list of
+// them made for each line an IF is met on.
+template <typename Holds>
+bool AnyPiece(std::string_view text, std::string_view separator, Holds holds) {
+    for (;;) {
+        const size_t at = text.find(separator);
+        if (holds(text.substr(0, at))) return true;
+        if (at == std::string_view::npos) return false;
+        text.remove_prefix(at + separator.size());
+    }
+}
+
 // left==a|b, left~=a|b or a bare left side; the left side is evaluated as a
 // placeholder of its own.
 bool AlternativeHolds(std::string_view alternative) {
@@ -45,13 +58,11 @@ bool AlternativeHolds(std::string_view alternative) {
     if (at == std::string_view::npos) op = Operator::Bare;
     std::string operand = "{";
     operand.append(alternative.substr(0, at)).push_back('}');
-    const Evaluation left(operand, -2);
+    const Evaluation left(std::move(operand), -2);
     if (op == Operator::Bare) return left.Changed() && !left.Text().empty();
-    for (std::string_view text : Split(alternative.substr(at + kEqualOperator.size()), "|")) {
-        if (op == Operator::Equal ? left.Text() == text : left.Text().starts_with(text))
-            return true;
-    }
-    return false;
+    return AnyPiece(alternative.substr(at + kEqualOperator.size()), "|", [&left, op](std::string_view text) {
+        return op == Operator::Equal ? left.Text() == text : left.Text().starts_with(text);
+    });
 }
 
 // A name condition holds for an unknown name and for an entry with a value.
@@ -73,7 +84,10 @@ char *AfterDefine(const Invocation &inv, const Placeholder &ph) {
 void DeclareDefined(Invocation &inv, const std::string &name, const char *value) {
     const bool list = std::strchr(value, '~') != nullptr;
     AppendToEingabe(inv.pCount, inv.pList, kListDivider, name.c_str(), list ? 2 : 1, value);
-    const int index = SetEingabeWert(*inv.pCount, *inv.pList, name.c_str(), value);
+    // The page's name index finds the entry as SetEingabeWert would, without
+    // a walk over the list.
+    const int index = SetEingabeWertI(*inv.pCount, *inv.pList, inv.names.Find(*inv.pList, *inv.pCount, name),
+                                      value);
     if (!list || index >= *inv.pCount) return;
     EingabeElement &entry = (*inv.pList)[index];
     entry.WertGesetzt = ErmittleTextElemente(entry.Wert, kListDivider, nullptr, nullptr);
@@ -87,9 +101,7 @@ bool IfHolds(Invocation &inv, const Placeholder &ph) {
     const std::string_view condition = TrimBlanks({from, static_cast<size_t>(ph.E - from)});
     if (condition.size() <= 1) return condition != "0";
     if (condition.find(kEqualOperator) != std::string_view::npos) {
-        for (std::string_view alternative : Split(condition, "||"))
-            if (AlternativeHolds(alternative)) return true;
-        return false;
+        return AnyPiece(condition, "||", AlternativeHolds);
     }
     return NameHolds(inv, std::string(condition));
 }

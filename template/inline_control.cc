@@ -1,19 +1,22 @@
 // CreateValueFromControl: an inline control {=[_type.]condition?then:else}
-// chooses a branch text, which is converted and evaluated.
+// chooses a branch text, which is converted and evaluated. The text is read
+// into a form first; the engine keeps the forms of a stored cycle line's
+// controls for all its rows, every other call reads its text anew.
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "companion/libKXUtils.h"
-#include "kx_convert.h"
 #include "kx_template.h"
 #include "core/entry.h"
 #include "core/evaluation.h"
 #include "core/number.h"
 #include "core/text.h"
+#include "template/control_form.h"
 #include "template/markers.h"
 #include "template/nesting.h"
 
@@ -26,16 +29,7 @@ namespace kx::tmpl {
 using namespace kx::core;
 namespace {
 
-struct Control {
-    int elementIndex;
-    int cycleIndex;
-    int *pCount;
-    EingabeElement **pList;
-    int valueIndex;
-    int skip;
-    const char *endMarker;
-    char *message;
-};
+using Control = ControlCall;
 
 // The control flag is 1 while a control is evaluated and 0 after any return.
 class ControlMode {
@@ -53,17 +47,6 @@ char *EvaluatedCopy(std::string_view text, int cycleIndex) {
     return Evaluation(text, cycleIndex).Release();
 }
 
-// "_type." right after "=": a word between "_" and the first ".".
-std::string TypeOf(const char *at, const char *end, const char **body) {
-    *body = at;
-    if (*at != '_') return "_string";
-    const char *c = at + 1;
-    while (c < end && (std::isalnum(static_cast<unsigned char>(*c)) || *c == '_')) ++c;
-    if (c >= end || *c != '.') return "_string";
-    *body = c + 1;
-    return std::string(at, c);
-}
-
 const char *ThisValue(const Control &ctl) {
     const EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex);
     if (entry == nullptr) return "";
@@ -73,18 +56,11 @@ const char *ThisValue(const Control &ctl) {
 }
 
 // "?then:else" alone: the this entry's number decides, then is the default.
-std::string EmptyCondition(const Control &ctl, std::string body, int *consumed) {
-    if (!body.empty() && body.back() == '}') {
-        body.pop_back();
-        --*consumed;
-    }
-    const size_t colon = body.find(':');
-    const std::string thenText = body.substr(1, colon == std::string::npos ? colon : colon - 1);
-    const std::string elseText = colon == std::string::npos ? "" : body.substr(colon + 1);
+std::string_view EmptyChoice(const Control &ctl, const ControlForm &form) {
     const EingabeElement *entry = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex);
-    if (entry == nullptr) return thenText;
+    if (entry == nullptr) return form.View(form.then.text);
     const char *text = CurrentText(*entry);
-    return ReadInt(text != nullptr ? text : "") != 0 ? thenText : elseText;
+    return form.View(ReadInt(text != nullptr ? text : "") != 0 ? form.then.text : form.otherwise.text);
 }
 
 // The left operand "{X}": its entry (count when none) and value index.
@@ -136,164 +112,303 @@ private:
     int index_ = -1;
 };
 
-char *Evaluate(const Control &ctl, const std::string &branch);
-
-// Where the conversion chain of a branch text starts and the name behind it.
-struct ConversionChain {
-    char *name = nullptr;   // the name after the chain, or the branch text itself
-    char *start = nullptr;  // the "_" that starts the chain (or "_this"), or NULL
-};
+char *Evaluate(const Control &ctl, std::string_view branch);
 
 // The value of the this entry stands where a branch names "_this".
 constexpr std::string_view kThis = "_this";
 
+// A link's scheme as URL encoding leaves it, put back after "_this".
+constexpr std::string_view kEncodedJavascript = "javascript%3A";
+
 // A branch that starts so is a control of its own.
 constexpr std::string_view kNestedControl = "{=";
 
+// "_type." right after "=": a word between "_" and the first ".". The
+// locale's letters count, as the engine has always read the word.
+std::string_view TypeOf(const char *at, const char *end, const char **body) {
+    constexpr std::string_view kDefaultType = "_string";
+    *body = at;
+    if (*at != '_') return kDefaultType;
+    const char *c = at + 1;
+    while (c < end && (std::isalnum(static_cast<unsigned char>(*c)) || *c == '_')) ++c;
+    if (c >= end || *c != '.') return kDefaultType;
+    *body = c + 1;
+    return {at, static_cast<size_t>(c - at)};
+}
+
+// Where the conversion chain and "_this" stand in a branch's text: found
+// when the branch is first chosen, as many a branch never is.
+void ReadBranch(BranchForm &branch, const char *text) {
+    branch.read = true;
+    branch.nested = std::string_view(text, branch.text.length).starts_with(kNestedControl);
+    if (branch.nested) return;
+    convert::Conversion found = convert::FindConversion(text);
+    branch.name = found.name;
+    branch.chainStart = found.start;
+    const char *thisAt = std::strstr(text + found.name, kThis.data());
+    branch.thisAt = thisAt != nullptr ? thisAt - text : -1;
+    branch.chain = std::move(found.chain);
+}
+
+// piece, NUL-ended, at the end of the form's texts.
+TextSpan Add(ControlForm &form, std::string_view piece) {
+    const TextSpan added{form.texts.size(), piece.size()};
+    form.texts.append(piece).push_back('\0');
+    return added;
+}
+
+// "?then:else" alone: a "}" before the close is left out, and the first ":"
+// splits.
+void ReadEmptyCondition(ControlForm &form, std::string_view body) {
+    form.shape = ControlForm::Shape::EmptyCondition;
+    if (body.back() == '}') {
+        body.remove_suffix(1);
+        --form.consumed;
+    }
+    const size_t colon = body.find(':');
+    form.then.text = Add(form, body.substr(1, colon == std::string_view::npos ? colon : colon - 1));
+    form.otherwise.text = Add(form, colon == std::string_view::npos ? std::string_view() : body.substr(colon + 1));
+}
+
+// The body splits at "?" and the ":" that pairs with it; no ":" leaves the
+// else branch empty.
+void ReadBranches(ControlForm &form, std::string_view body, size_t question) {
+    const std::string_view rest = body.substr(question);
+    const size_t colon = PairedIn(rest, '?', ':');
+    const bool paired = colon != std::string_view::npos;
+    form.then.text = Add(form, paired ? rest.substr(1, colon - 1) : rest.substr(1));
+    form.otherwise.text = Add(form, paired ? rest.substr(colon + 1) : std::string_view());
+}
+
+// The control's text from its type on: "left op right" before the "?".
+// text: where the control, and the form's texts, begin.
+void ReadBody(ControlForm &form, const char *text, std::string_view type, std::string_view body) {
+    const size_t question = body.find('?');
+    if (question == std::string_view::npos) {
+        form.shape = ControlForm::Shape::NoQuestion;
+        form.consumed = 0;
+        return;
+    }
+    if (question == 0) return ReadEmptyCondition(form, body);
+    form.shape = ControlForm::Shape::Unreadable;
+    const std::string_view condition = body.substr(0, question);
+    const size_t op = condition.find_first_of("!=<>");
+    if (op == std::string_view::npos) return;
+    const size_t opLength = op + 1 < condition.size() && condition[op + 1] == '=' ? 2 : 1;
+    form.file = type == "_file";
+    const std::string_view left = condition.substr(0, op);
+    form.left = {static_cast<size_t>(left.data() - text), left.size()};
+    if (!left.starts_with("{") && !left.starts_with(kThis) && !form.file) return;
+    // An operator outside the table (a single "=" or "!") has the index -1,
+    // which CompareFunction answers with false.
+    form.comparison =
+        ResolveComparison(type, DetermineCompareIndex(condition.data() + op, static_cast<int>(opLength)));
+    form.right = Add(form, condition.substr(op + opLength));
+    form.shape = ControlForm::Shape::Condition;
+    ReadBranches(form, body, question);
+}
+
 // The chosen branch: a nested control, or a name behind a conversion chain.
-char *BranchValue(const Control &ctl, std::string branch) {
-    if (branch.starts_with(kNestedControl)) return Evaluate(ctl, branch);
-    ConversionChain chain;
-    chain.name = DetermineConversion(branch.data(), &chain.start);
-    const char *thisAt = std::strstr(chain.name, kThis.data());
-    if (chain.start == nullptr && thisAt == nullptr) {
+char *BranchValue(const Control &ctl, BranchForm &branch, char *text) {
+    if (!branch.read) ReadBranch(branch, text);
+    if (branch.nested) return Evaluate(ctl, {text, branch.text.length});
+    const char *name = text + branch.name;
+    if (branch.chainStart < 0 && branch.thisAt < 0) {
         // No conversion and no "_this": the evaluated name is the value as
         // it stands.
-        char *value = EvaluatedCopy(chain.name, ctl.cycleIndex);
+        char *value = EvaluatedCopy(name, ctl.cycleIndex);
         return value != nullptr ? value : HeapCopy({});
     }
-    char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(chain.name, ctl.cycleIndex);
+    const char *thisAt = branch.thisAt >= 0 ? text + branch.thisAt : nullptr;
+    char *value = thisAt != nullptr ? HeapCopy(ThisValue(ctl)) : EvaluatedCopy(name, ctl.cycleIndex);
     const int saved = _ThisValueIndex;
     _ThisValueIndex = ctl.elementIndex;
-    HeapText converted(ConvertIt(branch.data(), KX_CONVERT_UNBOUNDED, value, 1, ctl.cycleIndex));
+    HeapText converted(convert::ApplyChain(branch.chain, text, value, true, ctl.cycleIndex));
     _ThisValueIndex = saved;
     const char *afterThis = thisAt != nullptr ? thisAt + kThis.size() : nullptr;
     if (afterThis != nullptr && *afterThis != '\0') {
         // "_this" inside a longer text (a link): the converted value takes its
         // place and the whole text is evaluated.
-        std::string joined(chain.name, static_cast<size_t>(thisAt - chain.name));
+        std::string joined(name, static_cast<size_t>(thisAt - name));
         joined.append(converted.View()).append(afterThis);
-        return EvaluatedCopy(ReplaceAll(joined, "javascript%3A", "javascript:"), ctl.cycleIndex);
+        if (joined.find(kEncodedJavascript) == std::string::npos) return EvaluatedCopy(joined, ctl.cycleIndex);
+        return EvaluatedCopy(ReplaceAll(joined, kEncodedJavascript, "javascript:"), ctl.cycleIndex);
     }
-    if (chain.start == nullptr || chain.start == branch.data()) {
+    if (branch.chainStart <= 0) {
         // Nothing before the chain: the converted value is the result.
         char *result = converted.Release();
         return result != nullptr ? result : HeapCopy({});
     }
-    std::string out(branch.data(), static_cast<size_t>(chain.start - branch.data()));
+    std::string out(text, static_cast<size_t>(branch.chainStart));
     out.append(converted.View());
     return HeapCopy(out);
 }
 
-// The parts of "left op right"; left and op lie in the control's body.
-struct Condition {
-    std::string type;
-    std::string_view left;
-    std::string_view op;
-    std::string right;  // NUL-terminated for CompareFunction
-};
-
 // Decides the condition; false when the left operand names no entry.
 // *usable becomes false when the left operand names nothing at all.
-bool Holds(const Control &ctl, const Condition &cond, bool *usable) {
+bool Holds(const Control &ctl, const ControlForm &form, bool *usable) {
     int leftIndex = -1;
     int leftValueIndex = -1;
     std::string fileText;
-    if (cond.type == "_file") {
-        fileText = FileTest(cond.left);
-    } else if (cond.left.starts_with("{")) {
-        *usable = LeftEntry(ctl, cond.left, &leftIndex, &leftValueIndex);
+    const std::string_view left = form.View(form.left);
+    const bool braced = left.starts_with("{");
+    if (form.file) {
+        fileText = FileTest(left);
+    } else if (braced) {
+        *usable = LeftEntry(ctl, left, &leftIndex, &leftValueIndex);
     } else {
         *usable = EntryAt(ctl.pCount, ctl.pList, ctl.elementIndex) != nullptr;
         leftIndex = ctl.elementIndex;
         leftValueIndex = ctl.valueIndex;
     }
     if (!*usable) return false;
-    if (EntryAt(ctl.pCount, ctl.pList, leftIndex) == nullptr && cond.type != "_file") return false;
-    const CyclePosition position(ctl, cond.left.starts_with("{") ? leftIndex : -1);
-    // An operator outside the table (a single "=" or "!") has the index -1,
-    // which CompareFunction answers with false.
-    const int op = DetermineCompareIndex(cond.op.data(), static_cast<int>(cond.op.size()));
-    return CompareFunction(cond.type.c_str(), op, cond.type == "_file" ? fileText.c_str() : nullptr,
-                           cond.right.c_str(), ctl.cycleIndex, leftIndex, leftValueIndex,
-                           ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
+    // A file test has no left entry, and the this entry was found above.
+    const bool leftEntry = braced && !form.file;
+    if (leftEntry && EntryAt(ctl.pCount, ctl.pList, leftIndex) == nullptr) return false;
+    std::optional<CyclePosition> position;
+    if (leftEntry) position.emplace(ctl, leftIndex);
+    return Compare(form.comparison, form.file ? fileText.c_str() : nullptr, form.View(form.right).data(),
+                   ctl.cycleIndex, leftIndex, leftValueIndex, ctl.elementIndex, ctl.pList, ctl.pCount) != 0;
 }
 
-// The branch the condition chose: the body splits at "?" and the ":" that
-// pairs with it; no ":" leaves the else branch empty.
-std::string_view Branch(std::string_view body, size_t question, bool holds) {
-    const std::string_view rest = body.substr(question);
-    const size_t colon = PairedIn(rest, '?', ':');
-    if (colon == std::string_view::npos) return holds ? rest.substr(1) : std::string_view();
-    return holds ? rest.substr(1, colon - 1) : rest.substr(colon + 1);
-}
-
-// The control's text from its type on; *consumed is adjusted. NULL result
-// with *consumed kept: the control yields nothing. The body is a view into the
-// control's text: only the chosen branch is copied, for the conversion.
-char *EvaluateBody(const Control &ctl, const std::string &type, std::string_view body, int *consumed) {
-    const size_t question = body.find('?');
-    if (question == std::string::npos) {
-        *consumed = 0;
+// The control's result (or NULL) from its form; *consumed its length, 0
+// when the text is no control.
+char *RunForm(const Control &ctl, ControlForm &form, int *consumed) {
+    *consumed = form.consumed;
+    char *result = nullptr;
+    switch (form.shape) {
+    case ControlForm::Shape::Refused:
+    case ControlForm::Shape::NoQuestion:
+    case ControlForm::Shape::Unreadable:
         return nullptr;
+    case ControlForm::Shape::EmptyCondition:
+        result = HeapCopy(EmptyChoice(ctl, form));
+        break;
+    case ControlForm::Shape::Condition: {
+        bool usable = true;
+        const bool holds = Holds(ctl, form, &usable);
+        if (!usable) return nullptr;
+        BranchForm &branch = holds ? form.then : form.otherwise;
+        result = BranchValue(ctl, branch, form.At(branch.text));
+        break;
     }
-    if (question == 0) return HeapCopy(EmptyCondition(ctl, std::string(body), consumed));
-    const std::string_view condition = body.substr(0, question);
-    const size_t op = condition.find_first_of("!=<>");
-    if (op == std::string_view::npos) return nullptr;
-    const size_t opLength = op + 1 < condition.size() && condition[op + 1] == '=' ? 2 : 1;
-    const Condition cond{type, condition.substr(0, op), condition.substr(op, opLength),
-                         std::string(condition.substr(op + opLength))};
-    if (!cond.left.starts_with("{") && !cond.left.starts_with("_this") && type != "_file")
-        return nullptr;
-    bool usable = true;
-    const bool holds = Holds(ctl, cond, &usable);
-    if (!usable) return nullptr;
-    return BranchValue(ctl, std::string(Branch(body, question, holds)));
-}
-
-// The control at text; its result (or NULL), *consumed its length.
-char *Run(const Control &ctl, char *text, int *consumed) {
-    const char *close = PairIt(text, "{", ctl.endMarker);
-    if (close == text || static_cast<int>(strnlen(text, static_cast<size_t>(ctl.skip))) < ctl.skip ||
-        close < text + ctl.skip) {
-        *consumed = 0;
-        return nullptr;
     }
-    *consumed = static_cast<int>(close - text) + 1;
-    const char *body = nullptr;
-    const std::string type = TypeOf(text + ctl.skip, close, &body);
-    char *result = EvaluateBody(ctl, type, std::string_view(body, static_cast<size_t>(close - body)), consumed);
-    if (result == nullptr || std::strstr(result, "{_txt_") == nullptr) return result;
+    if (result == nullptr || std::strchr(result, '{') == nullptr || std::strstr(result, "{_txt_") == nullptr)
+        return result;
     const HeapText once(result);
     return EvaluatedCopy(once.View(), ctl.cycleIndex);
 }
 
-char *Evaluate(const Control &ctl, const std::string &branch) {
-    std::string copy = branch;
+// A new form becomes the control at text. skip: the start marker's length
+// and the "="; keyed: the form keeps its text as its key.
+void ParseControl(ControlForm &form, const char *text, int skip, const char *endMarker, bool keyed) {
+    const char *close = PairIt(text, "{", endMarker);
+    const auto skipLength = static_cast<size_t>(skip);
+    if (close == text || strnlen(text, skipLength) < skipLength || close < text + skip) return;
+    const auto length = static_cast<size_t>(close - text) + 1;
+    form.consumed = static_cast<int>(length);
+    // The right operand and the branches lie in the control text: the
+    // texts never need more than twice its room.
+    form.texts.reserve(2 * (length + 1));
+    form.texts.assign(text, length).push_back('\0');
+    if (keyed) form.keyLength = length;
+    const char *body = nullptr;
+    const std::string_view type = TypeOf(text + skip, close, &body);
+    ReadBody(form, text, type, std::string_view(body, static_cast<size_t>(close - body)));
+}
+
+char *Evaluate(const Control &ctl, std::string_view branch) {
+    std::string copy(branch);
     char *result = nullptr;
     CreateValueFromControl(copy.data(), ctl.elementIndex, ctl.cycleIndex, ctl.pCount, ctl.pList,
                            &result, ctl.valueIndex, ctl.skip, ctl.endMarker, ctl.message);
     return result;
 }
 
+bool Callable(const char *text, const Control &ctl) {
+    return text != nullptr && ctl.pCount != nullptr && ctl.pList != nullptr && ctl.endMarker != nullptr &&
+           *ctl.endMarker != '\0' && ctl.skip >= 1;
+}
+
+// A kept form answers for text when text starts with its key: the pairing
+// of the braces, and all that is read after it, looks no further.
+ControlForm &KeptForm(std::vector<ControlForm> &kept, size_t offset, const char *text, int skip,
+                      const char *endMarker) {
+    for (ControlForm &form : kept) {
+        if (form.offset != offset) continue;
+        if (form.keyLength == 0 || std::strncmp(text, form.texts.data(), form.keyLength) != 0) {
+            form = ControlForm();
+            ParseControl(form, text, skip, endMarker, true);
+            form.offset = offset;
+        }
+        return form;
+    }
+    ControlForm &form = kept.emplace_back();
+    ParseControl(form, text, skip, endMarker, true);
+    form.offset = offset;
+    return form;
+}
+
+// What every call of a control passes through: the control flag, the
+// nesting bound, the checks of the arguments and a message buffer of its
+// own when none is given. run yields the result and sets the length taken.
+template <typename Run>
+int Guarded(char *text, const ControlCall &call, char **result, Run run) {
+    const ControlMode mode;
+    *result = nullptr;
+    const NestingGuard nesting;
+    if (!Callable(text, call) || nesting.TooDeep()) return 0;
+    char spare[KX_MESSAGE_SIZE];
+    Control ctl = call;
+    if (ctl.message == nullptr) {
+        spare[0] = '\0';
+        ctl.message = spare;
+    }
+    int consumed = 0;
+    *result = run(static_cast<const Control &>(ctl), &consumed);
+    return consumed;
+}
+
+// With the markers "{" and "}" the pairing starts at the text's own "{".
+bool Keepable(const char *text, const Control &ctl) {
+    return text[0] == '{' && ctl.skip == 2 && ctl.endMarker[0] == '}' && ctl.endMarker[1] == '\0';
+}
+
 }  // namespace
+
+ControlForm &KeepControl(std::vector<ControlForm> &kept, size_t offset, const char *text) {
+    return KeptForm(kept, offset, text, 2, "}");
+}
+
+int ControlValue(char *text, const ControlCall &call, std::vector<ControlForm> *kept, size_t offset,
+                 char **result) {
+    return Guarded(text, call, result, [&](const Control &ctl, int *consumed) {
+        if (kept != nullptr && Keepable(text, ctl))
+            return RunForm(ctl, KeptForm(*kept, offset, text, ctl.skip, ctl.endMarker), consumed);
+        ControlForm form;
+        ParseControl(form, text, ctl.skip, ctl.endMarker, false);
+        return RunForm(ctl, form, consumed);
+    });
+}
+
+int ControlValue(char *text, const ControlCall &call, ControlForm &form, char **result) {
+    return Guarded(text, call, result,
+                   [&form](const Control &ctl, int *consumed) { return RunForm(ctl, form, consumed); });
+}
+
 }  // namespace kx::tmpl
 
 extern "C" int CreateValueFromControl(char *text, int elementIndex, int cycleIndex, int *pCount,
                                       EingabeElement **pList, char **result, int valueIndex,
                                       int skip, const char *endMarker, char *message) {
-    using namespace kx::tmpl;
-    const ControlMode mode;
-    if (result != nullptr) *result = nullptr;
-    NestingGuard nesting;
-    if (text == nullptr || result == nullptr || pCount == nullptr || pList == nullptr ||
-        endMarker == nullptr || *endMarker == '\0' || skip < 1 || nesting.TooDeep())
+    if (result == nullptr) {
+        // Nothing to hand the value to: only the flag and the nesting count
+        // see the call.
+        const kx::tmpl::ControlMode mode;
+        const kx::tmpl::NestingGuard nesting;
         return 0;
-    char spare[KX_MESSAGE_SIZE] = {};
-    const Control ctl{elementIndex, cycleIndex, pCount,    pList,
-                      valueIndex,   skip,       endMarker, message != nullptr ? message : spare};
-    int consumed = 0;
-    *result = Run(ctl, text, &consumed);
-    return consumed;
+    }
+    const kx::tmpl::ControlCall call{elementIndex, cycleIndex, pCount,    pList,
+                                     valueIndex,   skip,       endMarker, message};
+    return kx::tmpl::ControlValue(text, call, nullptr, 0, result);
 }

@@ -1,6 +1,7 @@
 // Replaying a stored cycle line from its parsed form: each row writes the
-// text runs and the values of the entries found at the first row, with none
-// of the searches a line otherwise takes, and a line whose first placeholder
+// text runs and the values of the entries found at the first row (and runs
+// the controls parsed then), with none of the searches a line otherwise
+// takes, and a line whose first placeholder
 // is the closing /CYCLE ends the iteration at once. Any line or row the form
 // does not cover goes the general way.
 #include "template/line_form.h"
@@ -50,6 +51,30 @@ bool PlainAt(const char *start, PlainSlot *slot, const char **after) {
     return true;
 }
 
+// A name the dispatch could take for a directive ("IF", "DEFINE", "CYCLE",
+// "CycleCount", a "/..." end) or that starts a control of its own.
+bool DirectiveLikeName(const char *name) {
+    return name[0] == '/' || name[0] == 'C' || name[0] == '=' || std::strncmp(name, "IF", 2) == 0 ||
+           std::strncmp(name, "DEFINE", 6) == 0;
+}
+
+// A placeholder of an entry followed by a control ("{name}{=...}") that
+// takes some of the text and after which no image name follows. The
+// control's form is kept at its offset, for the rows and for the general way.
+bool ControlAt(LineForm &form, const char *text, const char *start, PlainSlot *slot, const char **after) {
+    const char *end = PlainEnd(start);
+    if (end == nullptr || end[1] != '{' || end[2] != '=' || DirectiveLikeName(start + 1)) return false;
+    const char *control = end + 1;
+    const ControlForm &kept = KeepControl(form.controls, static_cast<size_t>(control - text), control);
+    slot->control = static_cast<size_t>(&kept - form.controls.data());
+    const auto length = static_cast<size_t>(kept.consumed);
+    if (length == 0 || ImageName(control + length)) return false;
+    slot->nameLength = static_cast<size_t>(end - start - 1);
+    slot->controlLength = length;
+    *after = control + length;
+    return true;
+}
+
 void Parse(Invocation &inv, LineForm &form) {
     form.shape = LineForm::Shape::Other;
     if (!BraceMarkers(inv) || inv.DefineFrom(inv.textStart) ||
@@ -64,17 +89,44 @@ void Parse(Invocation &inv, LineForm &form) {
     }
     const char *pos = text;
     std::vector<PlainSlot> slots;
+    bool controls = false;
     for (const char *start = std::strchr(pos, '{'); start != nullptr; start = std::strchr(pos, '{')) {
         PlainSlot slot;
         slot.prefix = static_cast<size_t>(pos - text);
         slot.start = static_cast<size_t>(start - text);
-        if (!PlainAt(start, &slot, &pos)) return;
+        if (!PlainAt(start, &slot, &pos) && !ControlAt(form, text, start, &slot, &pos)) return;
+        controls = controls || slot.controlLength > 0;
         slots.push_back(slot);
     }
     form.slots = std::move(slots);
     form.tail = static_cast<size_t>(pos - text);
     form.tailLength = std::strlen(pos);
-    form.shape = LineForm::Shape::Plain;
+    form.shape = controls ? LineForm::Shape::Controls : LineForm::Shape::Plain;
+}
+
+// A line of the Controls shape: each placeholder as the general way writes
+// it, without the search for it and the checks it passes. A control that
+// takes another length than at the first row (the nesting bound refused it)
+// leaves the rest of the line to the general way.
+bool ReplayControls(Invocation &inv, LineForm &form, char **next) {
+    char *text = inv.textStart;
+    for (const PlainSlot &slot : form.slots) {
+        inv.message[0] = '\0';
+        inv.Write({text + slot.prefix, slot.start - slot.prefix});
+        if (slot.controlLength == 0) {
+            WriteKnown(inv, slot.index);
+            continue;
+        }
+        char *control = text + slot.start + slot.nameLength + 2;
+        const size_t length = WriteControlled(inv, slot.index, control, form.controls[slot.control]);
+        if (length != slot.controlLength) {
+            *next = control + length;
+            return true;
+        }
+    }
+    inv.Write({text + form.tail, form.tailLength});
+    *next = LineEnds(inv);
+    return true;
 }
 
 }  // namespace
@@ -168,10 +220,11 @@ bool ReplayFromForm(Invocation &inv, char **next) {
         *next = EndCycle(inv, Placeholder{}, inv.textStart);
         return true;
     }
-    if (form->shape != LineForm::Shape::Plain) return false;
+    if (form->shape != LineForm::Shape::Plain && form->shape != LineForm::Shape::Controls) return false;
     const char *text = inv.textStart;
     for (PlainSlot &slot : form->slots)
         if (!ResolveSlot(inv, text, slot)) return false;
+    if (form->shape == LineForm::Shape::Controls) return ReplayControls(inv, *form, next);
     if (inv.Current().lineIndex == 1) RunSteadyRows(inv);
     for (const PlainSlot &slot : form->slots) {
         inv.message[0] = '\0';

@@ -1,7 +1,8 @@
 // The parsed form of a stored cycle line, made at its first replay and
 // reused by every later row: where its last "DEFINE" and IF comment begin;
-// for a line of text and plain placeholders only, its pieces; whether it is
-// the line of the body's closing /CYCLE.
+// for a line of text and plain placeholders only (some of them followed by
+// a control), its pieces; whether it is the line of the body's closing
+// /CYCLE; and the forms of its inline controls.
 #ifndef KX_TEMPLATE_LINE_FORM_H
 #define KX_TEMPLATE_LINE_FORM_H
 
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "kx_input.h"
+#include "template/control_form.h"
 
 namespace kx::tmpl {
 
@@ -23,6 +25,8 @@ struct PlainSlot {
     int count = -1;
     const char *name = nullptr; // the entry's Name when found
     int index = -1;
+    size_t controlLength = 0;   // a control follows the placeholder: its length
+    size_t control = 0;         // and its form in LineForm::controls
 };
 
 struct LineForm {
@@ -31,11 +35,15 @@ struct LineForm {
     std::ptrdiff_t lastDefine = -1;
     std::ptrdiff_t lastIfComment = -1;
 
-    enum class Shape { Unparsed, Plain, CycleEnd, Other };
+    // Plain: text and plain placeholders; Controls: some of those
+    // placeholders are followed by a control.
+    enum class Shape { Unparsed, Plain, Controls, CycleEnd, Other };
     Shape shape = Shape::Unparsed;
     std::vector<PlainSlot> slots;
     size_t tail = 0;       // the text after the last placeholder
     size_t tailLength = 0; // its length, up to the line's end
+
+    std::vector<ControlForm> controls; // the line's inline controls, parsed at the first row
 };
 
 struct Invocation;

@@ -10,11 +10,13 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/entry.h"
 #include "core/html_escape.h"
 #include "core/text.h"
 #include "kx_template.h"
+#include "template/control_form.h"
 #include "template/cycle.h"
 #include "template/invocation.h"
 #include "template/placeholder.h"
@@ -79,6 +81,13 @@ char *Unknown(Invocation &inv, const Placeholder &ph) {
     return after;
 }
 
+// CreateValueFromControl; a control of a stored cycle line keeps its parsed
+// form beside the line, for the rows after.
+int Control(Invocation &inv, char *text, const ControlCall &call, char **owned) {
+    std::vector<ControlForm> *kept = inv.form != nullptr ? &inv.form->controls : nullptr;
+    return ControlValue(text, call, kept, static_cast<size_t>(text - inv.textStart), owned);
+}
+
 // A control may follow the placeholder ("{name}{=...}") or be the
 // placeholder ("{=_type.x==1?a:b}"). Returns the characters it adds after M.
 int RunControl(Invocation &inv, Placeholder &ph, int index, char **owned) {
@@ -88,15 +97,15 @@ int RunControl(Invocation &inv, Placeholder &ph, int index, char **owned) {
     int length = 0;
     if (next != nullptr && std::strncmp(next, start.c_str(), start.size()) == 0 &&
         next[start.size()] == '=') {
-        length = CreateValueFromControl(next, index, ControlCycleIndex(inv), inv.pCount, inv.pList,
-                                        owned, ph.valueIndex, skip, inv.endMarker.c_str(),
-                                        inv.message);
+        length = Control(inv, next, {index, ControlCycleIndex(inv), inv.pCount, inv.pList,
+                                     ph.valueIndex, skip, inv.endMarker.c_str(), inv.message},
+                         owned);
         ph.E += length;
     } else if (ph.nameLength >= 2 && StartsWith(ph.name, "=_")) {
         char *at = ph.P + (ph.doubled ? 1 : 0);
-        const int used = CreateValueFromControl(at, index, inv.CycleIndex(), inv.pCount,
-                                                inv.pList, owned, ph.valueIndex, skip,
-                                                inv.endMarker.c_str(), inv.message);
+        const int used = Control(inv, at, {index, inv.CycleIndex(), inv.pCount, inv.pList,
+                                           ph.valueIndex, skip, inv.endMarker.c_str(), inv.message},
+                                 owned);
         // A placeholder that is no control keeps its own end.
         if (used > 0) ph.E = at + used - 1;
     }
@@ -206,6 +215,25 @@ void WriteKnown(Invocation &inv, int index) {
         WritePlain(inv, KnownValue(inv, index));
     }
     RecordEntry(inv, index);
+}
+
+size_t WriteControlled(Invocation &inv, int index, char *control, ControlForm &form) {
+    CountIterations(inv, index, -1);
+    char *owned = nullptr;
+    const int length = ControlValue(control, {index, ControlCycleIndex(inv), inv.pCount, inv.pList, -1, 2,
+                                              inv.endMarker.c_str(), inv.message},
+                                    form, &owned);
+    if (inv.message[0] != '\0') {
+        inv.Write(inv.message);
+        inv.message[0] = '\0';
+    }
+    {
+        const CycleValue value(inv, index);
+        WritePlain(inv, owned != nullptr ? owned : KnownValue(inv, index));
+    }
+    std::free(owned);
+    RecordEntry(inv, index);
+    return static_cast<size_t>(length);
 }
 
 char *Ordinary(Invocation &inv, Placeholder &ph, char *pos) {

@@ -55,6 +55,13 @@ char *Ordinary(Invocation &inv, Placeholder &ph, char *pos);
 // index, doubling or image name, and its cycle bookkeeping (file mode).
 void WriteKnown(Invocation &inv, int index);
 
+// The value of a plain placeholder of entry index followed by the control at
+// control (file mode, markers "{" and "}"), as Ordinary writes it: the
+// control's result, or the entry's value when it yields none, with its cycle
+// bookkeeping. form: the control's form, kept beside its stored line.
+// Returns the characters the control took.
+size_t WriteControlled(Invocation &inv, int index, char *control, ControlForm &form);
+
 // The text a plain placeholder of entry index writes in file mode (before
 // any escaping): its current value, or "<nil>".
 const char *KnownValue(const Invocation &inv, int index);

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "companion/libKXUtils.h"
+#include "convert/chain.h"
 #include "convert/convert_internal.h"
 #include "kx_convert.h"
 #include "support/kx_test.h"
@@ -224,6 +225,13 @@ TEST_F(Conversions, DetermineConversionFindsTheNameBehindTheChain) {
         char *start = text.data() + 99;
         EXPECT_EQ(DetermineConversion(text.data(), &start) - text.data(), c.name) << c.text;
         EXPECT_EQ(start, c.start < 0 ? nullptr : text.data() + c.start) << c.text;
+        // Found once, the chain applies as ConvertIt applies it.
+        const kx::convert::Conversion found = kx::convert::FindConversion(c.text.c_str());
+        EXPECT_EQ(found.name, static_cast<size_t>(c.name)) << c.text;
+        EXPECT_EQ(found.start, c.start) << c.text;
+        EXPECT_EQ(HeapText(kx::convert::ApplyChain(found.chain, text.data(), strdup("26"), true, -1)).str(),
+                  Chain(c.text, "26")) << c.text;
+        EXPECT_EQ(text, c.text);
     }
 }
 

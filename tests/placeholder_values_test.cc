@@ -11,6 +11,7 @@
 
 #include "kx_convert.h"
 #include "support/page_engine.h"
+#include "template/control_form.h"
 
 namespace {
 
@@ -54,6 +55,16 @@ protected:
                                                 "}", message);
         EXPECT_EQ(copy, text);
         EXPECT_EQ(_InCreateValueFromControl, 0);
+        return HeapText(result).str() + "@" + std::to_string(used);
+    }
+    // Control through a form kept at one offset, as beside a stored cycle line.
+    std::string KeptControl(const char *text, std::vector<kx::tmpl::ControlForm> &kept) {
+        std::string copy = text;
+        char *result = nullptr;
+        char message[KX_MESSAGE_SIZE] = "";
+        const int index = EingabewertIndex("Name", list_.list(), list_.count());
+        const kx::tmpl::ControlCall call{index, -1, &list_.count(), &list_.list(), -1, 2, "}", message};
+        const int used = kx::tmpl::ControlValue(copy.data(), call, &kept, 0, &result);
         return HeapText(result).str() + "@" + std::to_string(used);
     }
     std::string ControlResult(const char *text, const char *thisName = "Name") {
@@ -198,6 +209,15 @@ TEST_F(Placeholders, Controls) {
         EXPECT_EQ(consumed ? Control(row[0]->c_str()) : ControlResult(row[0]->c_str()), *row[2])
             << *row[0] << " with " << *row[1];
     }
+    // A kept form is parsed from the first text at its offset, reused for the
+    // same text and parsed anew for another: each answers as the call.
+    std::vector<kx::tmpl::ControlForm> kept;
+    for (const kx::test::DataRow &row : kx::test::DataTable("placeholder_controls.txt")) {
+        Set("Name", row[1]->c_str());
+        for (int pass = 0; pass < 2; ++pass)
+            EXPECT_EQ(KeptControl(row[0]->c_str(), kept), Control(row[0]->c_str())) << *row[0] << " pass " << pass;
+    }
+    EXPECT_EQ(kept.size(), 1u);
     EXPECT_EQ(ControlResult("{=?on:off}", "nobody"), "on") << "without a this entry";
     dir_.Write("x.ini", "|\n");
     EXPECT_EQ(ControlResult("{=_file.{Dir}/x.ini==1?yes:no}"), "yes");
