@@ -16,9 +16,8 @@ namespace kx::core {
 // The buffer is written out once it holds this many bytes.
 inline constexpr std::size_t kPageBlockSize = 64 * 1024;
 // A page starts with a buffer this large, which grows to a whole block when
-// the page outgrows it: most pages are a few kilobytes, and a buffer of a
-// block would be a large heap chunk whose release makes the allocator
-// consolidate its free lists on every page.
+// the page outgrows it: most pages are a few kilobytes, and a small page
+// then takes a small heap block instead of one of 64 KiB.
 inline constexpr std::size_t kPageStartSize = 8 * 1024;
 // The buffer has this many bytes more behind its block: a writer filling
 // the room Extend gave may copy in whole moves that pass its end by up to
